@@ -44,6 +44,6 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What is loaded or started by name, so that nothing above tells of it.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libxft2, libfontconfig1, libxrender1, fonts-dejavu-core | fonts-freefont-ttf")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libcurl4, libxft2, libfontconfig1, libxrender1, fonts-dejavu-core | fonts-freefont-ttf")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "lame, libfribidi0, rtkit, xdg-utils")
 include(CPack)

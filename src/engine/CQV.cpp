@@ -237,7 +237,6 @@ void CQV::idle() {
     idling = true;
     CComp::idle();
     for (CPreviewBase* p = preview; p; p = p->next) p->idle();
-    makeStretcher();
     values->idle(asTimeInMS());
     plans->idle();
     workers->followPriority();

@@ -148,8 +148,7 @@ public:
     /// Entries of a folder section, "name=path" each; without any, the folder that is found.
     void getFolders(const CStr& section, CStringList* names, CStringList* paths);
 
-    /// Makes one more stretcher; false when there are all. `idle` does it one by one, since they
-    /// take their time; a render needs all of them. Interface thread.
+    /// Makes one more stretcher; false when there are all. Interface thread.
     bool makeStretcher();
 
     /// Something changed past the history, and stays a change until the next save: by a controller

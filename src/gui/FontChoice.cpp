@@ -1,6 +1,6 @@
 #include "gui/FontChoice.h"
 
-#include "gui/LibraryCall.h"
+#include "base/LibraryCall.h"
 #include "gui/Utf8.h"
 #include "gui/XConnection.h"
 

@@ -2,7 +2,7 @@
 
 #include "gui/CBitmap.h"
 #include "gui/Colours.h"
-#include "gui/LibraryCall.h"
+#include "base/LibraryCall.h"
 #include "gui/ServerRects.h"
 #include "gui/XConnection.h"
 

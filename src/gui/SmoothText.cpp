@@ -3,7 +3,7 @@
 #include "base/Numbers.h"
 #include "gui/Colours.h"
 #include "gui/FontChoice.h"
-#include "gui/LibraryCall.h"
+#include "base/LibraryCall.h"
 #include "gui/Scale.h"
 #include "gui/ServerRects.h"
 #include "gui/Utf8.h"

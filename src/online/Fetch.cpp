@@ -1,17 +1,47 @@
 #include "online/Fetch.h"
 
+#include "base/LibraryCall.h"
+
 #include <cstdio>
 #include <curl/curl.h>
+#include <dlfcn.h>
 #include <memory>
-#include <mutex>
 #include <unistd.h>
 
 namespace {
 
-struct Clean {
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+/// What is used of libcurl. It is loaded when something is asked for: with the thirty libraries
+/// that it needs it would make each start slower, for most of them in vain.
+struct Curl {
+    decltype(&curl_global_init) begin = nullptr;
+    decltype(&curl_easy_init) open = nullptr;
+    decltype(&curl_easy_setopt) set = nullptr;
+    decltype(&curl_easy_perform) perform = nullptr;
+    decltype(&curl_easy_cleanup) close = nullptr;
+    const bool good;
+
+    Curl() : good(find(dlopen("libcurl.so.4", RTLD_NOW | RTLD_LOCAL))) {}
+
+private:
+    bool find(void* library) {
+        return findCall(library, "curl_global_init", begin) &&
+               findCall(library, "curl_easy_init", open) &&
+               findCall(library, "curl_easy_setopt", set) &&
+               findCall(library, "curl_easy_perform", perform) &&
+               findCall(library, "curl_easy_cleanup", close) &&
+               begin(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    }
 };
-using Handle = std::unique_ptr<CURL, Clean>;
+
+const Curl& curl() {
+    static const Curl calls;
+    return calls;
+}
+
+struct Close {
+    void operator()(CURL* handle) const { curl().close(handle); }
+};
+using Handle = std::unique_ptr<CURL, Close>;
 
 /// What has come of one answer.
 struct Coming {
@@ -51,32 +81,31 @@ OnlineResult resultOf(CURLcode code, const Coming& coming) {
 OnlineResult fetchInto(CURL* handle, const std::string& url, Coming& coming) {
     constexpr const char* web = "http,https";
     constexpr long connectSeconds = 20;
-    curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, web);
-    curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, web);
-    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, long(coming.limits.redirects));
-    curl_easy_setopt(handle, CURLOPT_FAILONERROR, 1L);
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, connectSeconds);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, long(coming.limits.stallSeconds));
-    curl_easy_setopt(handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(coming.limits.bytes));
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, write);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &coming);
-    curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
-    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, progress);
-    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &coming);
-    return resultOf(curl_easy_perform(handle), coming);
+    const auto set = curl().set;
+    set(handle, CURLOPT_URL, url.c_str());
+    set(handle, CURLOPT_PROTOCOLS_STR, web);
+    set(handle, CURLOPT_REDIR_PROTOCOLS_STR, web);
+    set(handle, CURLOPT_FOLLOWLOCATION, 1L);
+    set(handle, CURLOPT_MAXREDIRS, long(coming.limits.redirects));
+    set(handle, CURLOPT_FAILONERROR, 1L);
+    set(handle, CURLOPT_NOSIGNAL, 1L);
+    set(handle, CURLOPT_CONNECTTIMEOUT, connectSeconds);
+    set(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    set(handle, CURLOPT_LOW_SPEED_TIME, long(coming.limits.stallSeconds));
+    set(handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(coming.limits.bytes));
+    set(handle, CURLOPT_WRITEFUNCTION, write);
+    set(handle, CURLOPT_WRITEDATA, &coming);
+    set(handle, CURLOPT_NOPROGRESS, 0L);
+    set(handle, CURLOPT_XFERINFOFUNCTION, progress);
+    set(handle, CURLOPT_XFERINFODATA, &coming);
+    return resultOf(curl().perform(handle), coming);
 }
 
 } // namespace
 
 OnlineResult fetchFile(const std::string& url, const std::string& path, const FetchLimits& limits,
                        const OnlineWatch& watch) {
-    static std::once_flag begun;
-    std::call_once(begun, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-    const Handle handle(curl_easy_init());
+    const Handle handle(curl().good ? curl().open() : nullptr);
     if (!handle) return OnlineResult::unreachable;
     std::FILE* file = std::fopen(path.c_str(), "wbx");
     if (!file) return OnlineResult::notWritten;

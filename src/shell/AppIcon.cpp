@@ -6,7 +6,6 @@
 namespace {
 
 constexpr unsigned long paper = 0x23262b, ink = 0x58a9ff;
-constexpr int samples = 4; // of a pixel, either way
 
 struct Box {
     double left, top, right, bottom, radius; ///< of an icon of side 1
@@ -19,32 +18,31 @@ constexpr Box bars[] = {{0.175, 0.39, 0.265, 0.61, 0.045},
                         {0.595, 0.20, 0.685, 0.80, 0.045},
                         {0.735, 0.37, 0.825, 0.63, 0.045}};
 
-bool inside(const Box& box, double x, double y) {
-    const double acrossBy = std::max({box.left + box.radius - x, x - box.right + box.radius, 0.0});
-    const double downBy = std::max({box.top + box.radius - y, y - box.bottom + box.radius, 0.0});
-    return std::hypot(acrossBy, downBy) <= box.radius;
+/// How much of the pixel of that size around a point lies in the box, 0..1: by the distance to its
+/// rounded edge, in pixels.
+double covered(const Box& box, double x, double y, double pixel) {
+    const double across = std::max(box.left - x, x - box.right) + box.radius;
+    const double down = std::max(box.top - y, y - box.bottom) + box.radius;
+    const double distance = std::hypot(std::max(across, 0.0), std::max(down, 0.0)) +
+                            std::min(std::max(across, down), 0.0) - box.radius;
+    return std::clamp(0.5 - distance / pixel, 0.0, 1.0);
 }
 
-unsigned long mixed(int inked, int covered) {
-    unsigned long pixel = 0;
+unsigned long mixed(double inked, double opaque) {
+    unsigned long pixel = static_cast<unsigned long>(std::lround(255 * opaque)) << 24;
     for (const int shift : {16, 8, 0}) {
-        const auto channel = [&](unsigned long colour) { return int(colour >> shift & 255); };
-        const int sum = channel(ink) * inked + channel(paper) * (covered - inked);
-        pixel |= static_cast<unsigned long>(sum / std::max(covered, 1)) << shift;
+        const auto channel = [&](unsigned long colour) { return double(colour >> shift & 255); };
+        const double value = channel(paper) + (channel(ink) - channel(paper)) * inked;
+        pixel |= static_cast<unsigned long>(std::lround(value)) << shift;
     }
-    return pixel | static_cast<unsigned long>(255 * covered / (samples * samples)) << 24;
+    return pixel;
 }
 
 unsigned long pixelAt(int x, int y, int side) {
-    int covered = 0, inked = 0;
-    for (int i = 0; i < samples * samples; i++) {
-        const double u = (x + (i % samples + 0.5) / samples) / side;
-        const double v = (y + (i / samples + 0.5) / samples) / side;
-        covered += inside(ground, u, v);
-        inked += std::any_of(std::begin(bars), std::end(bars),
-                             [&](const Box& bar) { return inside(bar, u, v); });
-    }
-    return mixed(inked, covered);
+    const double u = (x + 0.5) / side, v = (y + 0.5) / side;
+    double inked = 0;
+    for (const Box& bar : bars) inked = std::max(inked, covered(bar, u, v, 1.0 / side));
+    return mixed(inked, covered(ground, u, v, 1.0 / side));
 }
 
 } // namespace

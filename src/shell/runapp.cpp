@@ -114,7 +114,7 @@ void ProgramRun::run(const std::vector<CStr>& files) {
     startUnlooped(qv);
     window->init();
     window->begin(files);
-    window->rooms->plugins.refresh();
+    window->rooms->plugins.refreshSoon();
     if (qv->editorStruct.maximized) window->maximize();
     app->run(window.get());
 }

@@ -12,6 +12,7 @@
 #include "ui/Song.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -56,6 +57,7 @@ void PluginShelf::rescanAll() {
 }
 
 void PluginShelf::idle() {
+    if (std::exchange(refreshDue, false)) refresh();
     if (scan.poll() && onChange) onChange();
 }
 

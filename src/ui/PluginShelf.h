@@ -24,6 +24,7 @@ public:
     std::function<void()> onChange; ///< the list, or how far the scan is
 
     void refresh(); ///< looks at the folders; what is new or changed there is scanned
+    void refreshSoon() { refreshDue = true; } ///< in the next idle pass
     /// The file of one, as in `PluginFile`, whatever is known of it.
     void rescan(const CStr& path);
     void rescanAll();
@@ -38,4 +39,5 @@ public:
 
 private:
     CQV* qv;
+    bool refreshDue = false;
 };

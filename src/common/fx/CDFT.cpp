@@ -2,7 +2,9 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
+#include "common/Silence.h"
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstddef>
@@ -34,6 +36,11 @@ void CDFT::setSize(int size) {
 
 void CDFT::transform(const float* left, const float* right, int frames) {
     if (frames < 1) return;
+    if (isSilent(left, right, frames)) {
+        std::ranges::fill(re, 0.0);
+        std::ranges::fill(im, 0.0);
+        return;
+    }
     const double step = fullTurn / frames;
     for (std::size_t k = 0; k < bands.size(); k++) {
         turn[k] = 2 * std::cos(double(k + 1) * step);

@@ -7,6 +7,7 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/DeviceMidi.h"
+#include "engine/ObjectKinds.h"
 #include "engine/SongClock.h"
 #include "engine/plan/GraphPlan.h"
 #include "sequencer/render/SilentGraph.h"
@@ -38,8 +39,7 @@ public:
         host->deviceMidi->askSilence();
         host->renderMode = 1;
         host->setRate(rate);
-        while (host->makeStretcher()) {
-        }
+        if (CComp* seq = host->firstOfType(compSeq)) compAs<CSeq>(seq)->stretchersAhead.makeAll();
         host->setPos(startTick);
         host->framesPlayed = 0;
         workOutLatency();

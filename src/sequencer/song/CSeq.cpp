@@ -73,7 +73,7 @@ Shared<int> useMarkersMIDINoteTrigger{0};
 
 CSeq::CSeq(CQV* root)
     : CComp(root), tempo(this), selection(this), recorder(this), snap(std::make_unique<CSnap>()),
-      editorComp(std::make_unique<CEditorComp>(root)) {
+      editorComp(std::make_unique<CEditorComp>(root)), stretchersAhead(this) {
     id = "Sequencer";
     type = compSeq;
     preview = iniReadInt(settingsSection, "preview", 1);
@@ -100,6 +100,7 @@ void CSeq::idle() {
     editorComp->idle();
     selection.purge();
     recorder.idle();
+    stretchersAhead.idle();
     for (auto* track : tracks) track->idle();
 }
 

@@ -4,6 +4,7 @@
 #include "engine/CComp.h"
 #include "sequencer/edit/SongClipboard.h"
 #include "sequencer/play/PlayedNotes.h"
+#include "sequencer/play/StretchersAhead.h"
 #include "sequencer/song/CPart.h"
 #include "sequencer/song/CSeqProg.h"
 #include "sequencer/song/CSongTrack.h"
@@ -70,6 +71,7 @@ public:
     static constexpr int mostPreRoll = 16;
     Stored<int> preRoll{0}; ///< bars that a song that stands plays before it records
     SongScales scales;
+    StretchersAhead stretchersAhead;
 
     explicit CSeq(CQV* root);
     ~CSeq() override;
