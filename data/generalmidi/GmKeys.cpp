@@ -48,16 +48,14 @@ Family pianos() {
         "Piano",
         {{"Grand piano", "acoustic concert",
           [] {
-              Patches p = piano({0.84f, 0.56f, 0, 0.34f, 0.4f});
-              p.push_back(placed(struck("Board", 0.5f, fm(0.4f), 6500, 160), 0.35f));
-              p.push_back(placed(struck("Duplex", 0.28f, fm(0.5f, 12), 2800, 140, 24), 0.6f));
+              Patches p = piano({0.76f, 0.56f, 0, 0.34f, 0.4f});
+              p.push_back(placed(struck("Duplex", 0.3f, fm(0.5f, 12), 2800, 140, 24), 0.8f));
               return p;
           }()},
          {"Bright piano", "acoustic pop hard",
           [] {
-              Patches p = piano({0.95f, 0.62f, 0, 0.6f, 0.8f, 1.0f, 0.14f});
+              Patches p = piano({0.9f, 0.6f, 0, 0.6f, 0.8f, 1.0f, 0.1f});
               p.push_back(placed(struck("Shine", 0.36f, hollow(0.92f), 3400, 130, 12), 0.4f));
-              p.push_back(placed(struck("Ground", 0.4f, fm(0.3f), 5000, 130), 0.3f));
               return p;
           }()},
          {"Electric grand", "stage chorus",

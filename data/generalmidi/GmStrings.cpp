@@ -78,7 +78,6 @@ Family guitars() {
               Patches p = guitar(rich(0.92f, 0.5f), 2000, 0.6f, 0.8f);
               p.push_back(placed(struck("Shine", 0.45f, hollow(0.92f), 1100, 110, 12), 0.3f));
               p.push_back(breath("Box", 0.6f, 0.22f, 0.6f, 90));
-              p.push_back(placed(struck("Ground", 0.5f, fm(0.4f), 2400, 110), 0.16f));
               p.push_back(placed(struck("Octaves", 0.3f, hollow(0.6f), 1600, 110, 24), 0.4f));
               for (int i = 0; i < 2; i++) p[size_t(i)].pan = -0.3f;
               for (int i = 0; i < 2; i++) p[size_t(i)].cutoff = 0.36f;
@@ -180,8 +179,8 @@ Family bowed() {
            struck("Wood", 0.7f, fm(0.4f), 200, 90, -12), breath("Finger", 0.4f, 0.4f, 0.5f, 40)}},
          {"Harp",
           "orchestra plucked",
-          {placed(struck("String", 0.9f, rich(0.3f, 0.3f), 900, 600), -0.25f),
-           placed(struck("Octave", 0.4f, fm(0.16f), 1900, 800, 12), 0.5f),
+          {placed(struck("String", 0.9f, rich(0.3f, 0.3f), 900, 500), -0.25f),
+           placed(struck("Octave", 0.4f, fm(0.16f), 1900, 500, 12), 0.5f),
            struck("Finger", 0.4f, fm(0.6f, 12), 130, 60, 24)}},
          {"Timpani",
           "orchestra drum",

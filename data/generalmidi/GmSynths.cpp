@@ -5,8 +5,8 @@ namespace gm {
 namespace {
 
 Patches lead(const Osc& osc, float second, float secondCoarse) {
-    return {swaying(held("Lead", 0.9f, osc, 2, 90), 0.14f, 5.6f, 350),
-            swaying(held("Second", second, spread(osc, 0.2f, 0.8f), 3, 90, secondCoarse), 0.14f,
+    return {swaying(placed(held("Lead", 0.9f, osc, 2, 90), -0.2f), 0.14f, 5.6f, 350),
+            swaying(placed(held("Second", second, osc, 3, 90, secondCoarse + 0.03f), 0.4f), 0.14f,
                     5.6f, 350)};
 }
 

@@ -142,6 +142,7 @@ struct WavBatch {
     }
 
     bool endSlice(LaneVoice& lv) {
+        plan.fade(lv.voice);
         SlicePlan::advance(lv.voice, lv.slice);
         return follow(&lv - voices);
     }

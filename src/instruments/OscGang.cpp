@@ -223,6 +223,7 @@ bool OscGang::beginSlice(LaneVoice& lv, int most) {
 }
 
 bool OscGang::endSlice(LaneVoice& lv) {
+    planOf(lv).fade(lv.voice);
     SlicePlan::advance(lv.voice, lv.slice);
     return true;
 }

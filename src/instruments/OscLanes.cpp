@@ -341,8 +341,12 @@ public:
             storeLanes(y, row + f);
         }
         used[place % 4] = true;
+        const Floats apart4 = __builtin_shufflevector(peak, peak, 4, 5, 6, 7, 0, 1, 2, 3);
+        peak = peak > apart4 ? peak : apart4;
+        const Floats apart2 = __builtin_shufflevector(peak, peak, 2, 3, 0, 1, 6, 7, 4, 5);
+        peak = peak > apart2 ? peak : apart2;
         float& highest = right ? strip.peakR[i] : strip.peakL[i];
-        for (int k = 0; k < maxLanes; k++) highest = std::max(highest, peak[k]);
+        highest = std::max({highest, float(peak[0]), float(peak[1])});
     }
 
     SONDRAVA_INLINE void addTo(float* out, int frames) {

@@ -98,6 +98,7 @@ struct CSampler::SoundSum {
 
 /// Operator sounds are worked out together, as many as there is room for: their voices share lanes.
 void CSampler::render(int frames, int offset) {
+    if (std::ranges::none_of(voices, takesPart)) return;
     constexpr int most = std::min(GraphScratch::rows / 2, OscGang::mostSounds);
     SoundSum sums[most];
     int count = 0;

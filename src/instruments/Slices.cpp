@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace {
 
@@ -18,7 +19,8 @@ constexpr double tailSeconds = 0.01;
 constexpr double maxSemitones = 240.0;
 constexpr float mostGain = 16.0f; ///< far beyond what the controls give
 constexpr float denormal = 1e-10f;
-constexpr int farWrap = 1 << 30; ///< beyond any slice
+constexpr float inaudible = 1e-5f; ///< gain
+constexpr int farWrap = 1 << 30;   ///< beyond any slice
 
 /// Place of a phase in a table: rounded, modulo its length; a phase stays within -1 to 2.
 int tableIndex(double phase) {
@@ -62,6 +64,9 @@ SlicePlan::SlicePlan(CSound* s, const CVoice* any, float gain, bool wholeWraps)
         lfoIncr[i] = l.frequency(tempo) / rate;
         randomWave[i] = l.wave == lfoRandom;
     }
+    const std::span moving(routes, size_t(routeCount));
+    dies = std::ranges::count(moving, targetVolume, &Route::target) == 1 && routes[0].source == 0 &&
+           routes[0].target == targetVolume && routes[0].amount == 1.0f;
     addRoutes(*s->vel);
 }
 
@@ -143,6 +148,12 @@ void SlicePlan::modulate(CVoice* v, int n) const {
     }
     cur[targetCutoff] = fLimit(cur[targetCutoff], 0.0f, 1.0f);
     cur[targetQ] = fLimit(cur[targetQ], 0.0f, qMax);
+}
+
+void SlicePlan::fade(CVoice* v) const {
+    CEnvStage& amp = v->stages[0];
+    const bool falls = amp.active && amp.stage >= phaseDecay && amp.to == 0.0f;
+    if (dies && falls && std::max(v->gainL, v->gainR) < inaudible) amp.remaining = 0;
 }
 
 void SlicePlan::advance(CVoice* v, int n) {

@@ -30,6 +30,8 @@ public:
     int begin(CVoice* v, int n) const;
     /// Second step: brings the modulators to the end of a slice of `n` frames and applies them.
     void modulate(CVoice* v, int n) const;
+    /// Before the last step: a note that dies away, and has fallen below -100 dB, has done so.
+    void fade(CVoice* v) const;
     /// Last step: moves glide, stages and LFOs on.
     static void advance(CVoice* v, int n);
 
@@ -43,6 +45,7 @@ private:
 
     CSound* sound;
     bool truncateWraps;
+    bool dies; ///< with its amp envelope, which alone moves the volume in the course of a note
     int routeCount = 0;
     Route routes[sources * modSlots];
     double lfoIncr[lfoCount];

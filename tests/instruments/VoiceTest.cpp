@@ -272,3 +272,25 @@ TEST(CSampler, SoundsAreTheSameTogetherAndAlone) {
         ASSERT_EQ(all.right[f], sum.right[f]) << f;
     }
 }
+
+/// A note that is let go is over where its level comes to -100 dB; but
+/// not when something else than its envelope takes the volume down, and may bring it back.
+TEST(COSCSound, NotesEndWhereNothingIsHeard) {
+    constexpr int rate = 44100, held = 1000, slice = rate / 1000 + 1;
+    for (const float volume : {1.0f, 0.05f})
+        for (const bool trembles : {false, true}) {
+            SoundBench b;
+            COSCSound* s = b.addOsc();
+            s->volume = volume;
+            s->envelope[0]->release = std::sqrt(0.2f); // of 5 s
+            if (trembles) s->lfo[0]->setSlot(0, targetVolume, 0.5f);
+            CVoice* v = b.play(s, 60, 127);
+            b.render(v, held);
+            b.event(asData(midiNoteOff, 60, 0));
+            int frames = 0;
+            for (; v->tail == 0 && frames < 2 * rate; frames += 10) b.render(v, 10);
+            const double left = std::sqrt(1e-5) / (double(volume) * double(COSCSound::ownGain));
+            const double expected = rate * (trembles ? 1.0 : 1.0 - left);
+            EXPECT_NEAR(frames, expected, 2 * slice) << volume << trembles;
+        }
+}
