@@ -157,7 +157,9 @@ const PluginState state = {
         checkThread(m, false);
         if (bad("crashes-state")) crash();
         if (bad("throws-state")) fail();
-        return to->write(to, m.values, sizeof m.values) == int64_t(sizeof m.values);
+        double present[3];
+        for (int i = 0; i < 3; i++) present[i] = std::atomic_ref(m.values[i]);
+        return to->write(to, present, sizeof present) == int64_t(sizeof present);
     },
     [](const Plugin* plugin, const InStream* from) {
         Made& m = of(plugin);
@@ -253,7 +255,7 @@ const Plugin* create(const Factory*, const Host* host, const char* id) {
                  },
                  [](const Plugin* p, double, uint32_t, uint32_t) {
                      checkThread(of(p), false);
-                     if (bad("renews-slowly")) usleep(100'000);
+                     if (bad("renews-slowly")) waitWhileHeld();
                      of(p).latency = uint32_t(of(p).values[1]);
                      return true;
                  },

@@ -3,6 +3,7 @@
 #include "plugins/vst3/Vst3Abi.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -136,7 +137,9 @@ public:
     Result getState(Stream* to) override {
         if (bad("crashes-state") && started) crash();
         if (bad("throws-state") && started) fail();
-        return to->write(values, sizeof values, nullptr);
+        double present[3];
+        for (int i = 0; i < 3; i++) present[i] = std::atomic_ref(values[i]);
+        return to->write(present, sizeof present, nullptr);
     }
 
     // The processor.
@@ -202,7 +205,7 @@ void Made::take(ParamChanges* changes) {
         int32_t frame = 0;
         double value = 0.0;
         if (queue->point(queue->pointCount() - 1, &frame, &value) != ok) continue;
-        values[queue->param() / 10 - 1] = value;
+        std::atomic_ref(values[queue->param() / 10 - 1]).store(value);
         if (queue->param() == 20) handler->askRestart(restartLatency);
     }
 }

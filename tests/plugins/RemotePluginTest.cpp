@@ -274,11 +274,13 @@ TEST(RemotePlugin, IsMadeAnewWhileItPlays) {
     player->messages.clear();
     const auto last = [&] { return c->output()->bufL[255]; };
     ASSERT_TRUE(f.until([&] { return last() >= 1.0f; }));
+    std::ofstream(f.folder + "/held") << "";
     c->setParam(1, 0.5f);
     ASSERT_TRUE(f.until([&] { return c->loaded()->missedBlock(); }));
     player->messages = {{10.0, asData(midiNoteOff, 60, 0)}};
     f.block();
     EXPECT_TRUE(c->loaded()->missedBlock());
+    std::filesystem::remove(f.folder + "/held");
     player->messages.clear();
     ASSERT_TRUE(f.until([&] { return c->getDelay() == 2048 && !c->loaded()->missedBlock(); }));
     EXPECT_LT(last(), 0.5f);

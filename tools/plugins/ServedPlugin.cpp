@@ -6,8 +6,10 @@
 #include "plugins/PluginLoad.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -75,8 +77,9 @@ void ServedPlugin::takeWanted() {
     obeying = false;
 }
 
-void ServedPlugin::waitForTrip() {
-    const std::scoped_lock lock(inside);
+/// Without the lock, which a trip that begins meanwhile would not get.
+void ServedPlugin::waitForTrip() const {
+    while (travels.loadAcquire()) std::this_thread::sleep_for(std::chrono::microseconds(100));
 }
 
 void ServedPlugin::idle() {
@@ -112,6 +115,7 @@ int ServedPlugin::makeTrip() {
     const std::unique_lock lock(inside, std::try_to_lock);
     r.outcome = PluginRoom::Outcome::busy;
     if (!lock) return trip;
+    travels = true;
     onTripOf = this;
     if (const std::unique_lock told(timeGuard, std::try_to_lock); told) time = r.time;
     r.sentCount = 0;
@@ -119,6 +123,7 @@ int ServedPlugin::makeTrip() {
     r.outcome = render() ? PluginRoom::Outcome::whole : PluginRoom::Outcome::failed;
     r.latency = plugin->latency();
     onTripOf = nullptr;
+    travels.storeRelease(false);
     return trip;
 }
 

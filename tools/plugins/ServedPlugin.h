@@ -38,7 +38,7 @@ public:
     bool editorIsOpen() const { return editorOpen; }
     void idle(); ///< takes what is wanted, and tells how the plug-in is
     void takeWanted();
-    void waitForTrip(); ///< until none is on its way
+    void waitForTrip() const; ///< until none is on its way
 
     /// The trip that stands in the room. Returns before it is answered, with its number.
     int makeTrip();
@@ -80,6 +80,7 @@ private:
     Shared<double> rate;
     Shared<int> frames;
     std::mutex inside; ///< a trip, or a change that must not meet one
+    Shared<bool> travels{false};
     PinBuffers pins;
     int inputs = 0, outputs = 0; ///< that there are pins for
     std::mutex events;           ///< of the room
