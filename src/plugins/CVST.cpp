@@ -286,6 +286,16 @@ void CVST::readState(CStream& body, WordOrder order, const char* block) {
         showMsg(nullptr, title, "'" + fileName + "' caused an error reading data " + block);
 }
 
+void CVST::giveFile(int index, const CStr& path) {
+    if (!opened()) return;
+    PluginState::Bytes before = present();
+    changeWhole([&](Plugin& p) {
+        p.setFile(index, path);
+        bank.takeCurrent(p);
+    });
+    stepTo("File of " + id, std::move(before));
+}
+
 // Banks and programs.
 
 /// Which plug-in it is, the number of its program, and a bank; of a missing one the content of the

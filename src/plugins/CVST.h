@@ -48,6 +48,9 @@ public:
     void write(CStream* stream) override;
     CComp* copy() override;
 
+    /// Gives it one of the files that it works with (see `Plugin::files`), as a step.
+    void giveFile(int index, const CStr& path);
+
     // Banks (.fxb) and programs (.fxp). Opening one is a step. False after a message.
     bool openBank(const CStr& path);
     bool openProgram(const CStr& path);

@@ -104,6 +104,13 @@ public:
     virtual Bytes chunk(bool whole) = 0; ///< of all programs, or of the current one
     virtual bool setChunk(const Bytes& data, bool whole) = 0;
 
+    /// Files that it works with and its user chooses: empty paths where none is known.
+    struct File {
+        CStr name, path;
+    };
+    virtual std::vector<File> files() { return {}; }
+    virtual void setFile(int /*index*/, const CStr& /*path*/) {}
+
     virtual void setRate(double rate) = 0;
     virtual void setBlock(int frames) = 0;
     virtual void setRunning(bool on) = 0; ///< `process` is called only while it is

@@ -6,6 +6,7 @@
 namespace {
 
 constexpr std::string_view version = " state 1", programKey = "program ";
+constexpr char fileMark = '@'; ///< no name of a parameter begins with it
 
 std::string textOf(double value) {
     char room[64];
@@ -32,6 +33,7 @@ std::string StateText::write(const char* format) const {
     std::string text = std::string(format) + std::string(version) + "\n" + std::string(programKey) +
                        std::to_string(program) + "\n";
     for (const auto& [name, value] : values) text += name + " " + textOf(value) + "\n";
+    for (const auto& [name, path] : files) text += fileMark + name + " " + path + "\n";
     return text + "\n" + own;
 }
 
@@ -45,6 +47,10 @@ std::optional<StateText> StateText::read(const std::string& text, const char* fo
     for (std::string_view line = lineOf(rest); !line.empty(); line = lineOf(rest)) {
         const size_t gap = line.find(' ');
         double value = 0.0;
+        if (gap != std::string_view::npos && line.front() == fileMark) {
+            state.files.emplace_back(line.substr(1, gap - 1), line.substr(gap + 1));
+            continue;
+        }
         if (gap == std::string_view::npos || !numberOf(line.substr(gap + 1), value))
             return std::nullopt;
         state.values.emplace_back(line.substr(0, gap), value);

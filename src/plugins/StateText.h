@@ -9,10 +9,11 @@
 constexpr const char *clapStateFormat = "CLAP", *vst3StateFormat = "VST 3";
 
 /// The state of a plug-in whose format has none as one piece: its program, the values of parameters
-/// by their names, and what it stores itself, whatever that is.
+/// by their names, its files, and what it stores itself, whatever that is.
 struct StateText {
     int program = 0;
-    std::vector<std::pair<std::string, double>> values; ///< names without blanks
+    std::vector<std::pair<std::string, double>> values;     ///< names without blanks
+    std::vector<std::pair<std::string, std::string>> files; ///< paths, by names without blanks
     std::string own;
 
     std::string write(const char* format) const;

@@ -178,7 +178,7 @@ TEST(Lv2, SetsPropertiesByMessages) {
         const auto plays = [&](float wanted) {
             return f.until([&] { return c->output()->bufL[255] == wanted; });
         };
-        ASSERT_EQ(c->numParams(), 4) << "and no file";
+        ASSERT_EQ(c->numParams(), 4);
         EXPECT_EQ(c->paramName(3), "Depth");
         f.signal->left = f.signal->right = [](long) { return 0.0f; };
         ASSERT_TRUE(plays(0.25f));
@@ -202,6 +202,43 @@ TEST(Lv2, SetsPropertiesByMessages) {
         ASSERT_TRUE(plays(0.25f));
         f.read(c, state);
         ASSERT_TRUE(plays(1.0f));
+        EXPECT_EQ(c->faults, 0u);
+    }
+}
+
+/// A property that is a file is no parameter: the plug-in is given one by a step, and has it where
+/// the project is opened again, at another rate as well.
+TEST(Lv2, IsGivenFiles) {
+    for (const bool isolated : {false, true}) {
+        RemoteFixture f;
+        SCOPED_TRACE(isolated);
+        f.isolates = isolated;
+        CVST* c = f.insert("patched.lv2");
+        const std::string one = f.folder + "/a name/one";
+        const auto has = [&](float wanted, const std::string& path) {
+            return f.until([&] {
+                return c->output()->bufL[255] == wanted &&
+                       c->loaded()->files().at(0).path == path.c_str();
+            });
+        };
+        f.signal->left = f.signal->right = [](long) { return 0.0f; };
+        ASSERT_TRUE(has(0.25f, "/usual")) << "as it tells";
+        EXPECT_EQ(c->loaded()->files()[0].name, "File");
+        c->giveFile(0, one.c_str());
+        ASSERT_TRUE(has(1.25f, one));
+        const std::string state = f.bytesOf(c);
+        f.undo();
+        ASSERT_TRUE(has(0.25f, "/usual"));
+        f.redo();
+        ASSERT_TRUE(has(1.25f, one));
+        c->giveFile(0, (one + "\n").c_str());
+        c->giveFile(1, "/other");
+        f.host->setRate(48000.0f);
+        ASSERT_TRUE(has(1.25f, one));
+        c->giveFile(0, "/other");
+        ASSERT_TRUE(has(0.25f, "/other"));
+        f.read(c, state);
+        ASSERT_TRUE(has(1.25f, one));
         EXPECT_EQ(c->faults, 0u);
     }
 }

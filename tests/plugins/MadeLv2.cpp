@@ -16,6 +16,7 @@
 #include <lv2/urid/urid.h>
 #include <lv2/worker/worker.h>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 
 // The LV2 plug-in of the tests; the name of its file tells in which way it is bad. Ports: 0, 1
@@ -23,7 +24,8 @@
 // what it is bad at), 7 latency out, 8 MIDI in, 9 MIDI out. It plays its input times the gain, plus
 // the velocity of the note that is held, plus what its worker has counted in thousandths; its own
 // state is that count. In a file that begins with "patched" it plays a depth besides, which is a
-// property, begins with 0.25, and is told where somebody asks.
+// property, begins with 0.25, and is told where somebody asks; and 1 where the file that it was
+// given has the name "one".
 
 namespace {
 
@@ -34,7 +36,8 @@ struct Made {
     int count = 0;
     float level = 0.0f, depth = 0.0f;
     LV2_Atom_Forge forge{};
-    LV2_URID set = 0, get = 0, property = 0, value = 0, depthKey = 0;
+    LV2_URID set = 0, get = 0, property = 0, value = 0, depthKey = 0, fileKey = 0;
+    float ofFile = 0.0f;
 
     float control(int port) const { return *static_cast<float*>(ports[port]); }
     bool triggered() const { return control(6) >= 0.5f; }
@@ -62,6 +65,7 @@ LV2_Handle instantiate(const LV2_Descriptor*, double, const char*,
     made->property = map->map(map->handle, LV2_PATCH__property);
     made->value = map->map(map->handle, LV2_PATCH__value);
     made->depthKey = map->map(map->handle, "urn:made:depth");
+    made->fileKey = map->map(map->handle, "urn:made:file");
     if (ownName().starts_with("patched")) made->depth = 0.25f;
     made->later = featureOf<LV2_Worker_Schedule>(features, LV2_WORKER__schedule);
     return made;
@@ -71,7 +75,9 @@ void connect(LV2_Handle of, uint32_t port, void* data) {
     static_cast<Made*>(of)->ports[port] = data;
 }
 
-void tellDepth(Made& m, LV2_Atom_Sequence* out, uint32_t room) {
+/// That a property has a value, which `put` writes.
+template <class F>
+void tell(Made& m, LV2_URID key, LV2_Atom_Sequence* out, uint32_t room, F&& put) {
     struct {
         LV2_Atom_Event event;
         uint64_t body[16];
@@ -81,9 +87,9 @@ void tellDepth(Made& m, LV2_Atom_Sequence* out, uint32_t room) {
     LV2_Atom_Forge_Frame object;
     lv2_atom_forge_object(&m.forge, &object, 0, m.set);
     lv2_atom_forge_key(&m.forge, m.property);
-    lv2_atom_forge_urid(&m.forge, m.depthKey);
+    lv2_atom_forge_urid(&m.forge, key);
     lv2_atom_forge_key(&m.forge, m.value);
-    lv2_atom_forge_float(&m.forge, m.depth);
+    put();
     lv2_atom_forge_pop(&m.forge, &object);
     lv2_atom_sequence_append_event(out, room, &answer.event);
 }
@@ -91,12 +97,18 @@ void tellDepth(Made& m, LV2_Atom_Sequence* out, uint32_t room) {
 void takePatch(Made& m, const LV2_Atom* atom, LV2_Atom_Sequence* out, uint32_t room) {
     const auto* object = reinterpret_cast<const LV2_Atom_Object*>(atom);
     if (atom->type != m.forge.Object) return;
-    if (object->body.otype == m.get) tellDepth(m, out, room);
+    if (object->body.otype == m.get) {
+        tell(m, m.depthKey, out, room, [&m] { lv2_atom_forge_float(&m.forge, m.depth); });
+        tell(m, m.fileKey, out, room, [&m] { lv2_atom_forge_path(&m.forge, "/usual", 6); });
+    }
     const LV2_Atom *key = nullptr, *value = nullptr;
     lv2_atom_object_get(object, m.property, &key, m.value, &value, 0);
-    if (object->body.otype == m.set && key && value && value->type == m.forge.Float &&
-        reinterpret_cast<const LV2_Atom_URID*>(key)->body == m.depthKey)
+    if (object->body.otype != m.set || !key || !value) return;
+    const LV2_URID which = reinterpret_cast<const LV2_Atom_URID*>(key)->body;
+    if (which == m.depthKey && value->type == m.forge.Float)
         m.depth = reinterpret_cast<const LV2_Atom_Float*>(value)->body;
+    if (which == m.fileKey && value->type == m.forge.Path)
+        m.ofFile = std::string_view(reinterpret_cast<const char*>(value + 1)).ends_with("/one");
 }
 
 /// A note asks the worker to count, and is answered an octave up.
@@ -130,7 +142,7 @@ void run(LV2_Handle of, uint32_t frames) {
         const auto* in = static_cast<const float*>(m.ports[side]);
         auto* out = static_cast<float*>(m.ports[2 + side]);
         for (uint32_t i = 0; i < frames; i++)
-            out[i] = in[i] * m.control(4) + m.level + m.depth + float(m.count) * 0.001f;
+            out[i] = in[i] * m.control(4) + m.level + m.depth + m.ofFile + float(m.count) * 0.001f;
         spoil(out, frames);
     }
     *static_cast<float*>(m.ports[7]) = bad("nan") ? NAN : m.control(5);

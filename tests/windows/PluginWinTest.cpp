@@ -132,6 +132,33 @@ TEST_F(PluginWinTest, LinesSetParameters) {
     EXPECT_FALSE(seen("gain")->running);
 }
 
+/// A file that a plug-in works with is a line too, which asks for another one.
+TEST_F(PluginWinTest, LinesChooseFiles) {
+    start();
+    CVST* c = open("patched.lv2");
+    const std::string chosen = at("one");
+    std::ofstream(chosen) << "content";
+    const auto shown = [&](const char* text) {
+        return pumpUntil([&] {
+            auto* row = static_cast<CButton*>(find(page->clientGroup, "file 0"));
+            return row && row->text == text;
+        });
+    };
+    click("list");
+    ASSERT_TRUE(shown("File: none"));
+    keysInDialog("Choose file", {"Escape"});
+    click("file 0");
+    keysInDialog("Choose file", {"ctrl+a"});
+    typeInDialog("Choose file", chosen);
+    keysInDialog("Choose file", {"Return"});
+    click("file 0");
+    ASSERT_TRUE(shown("File: one"));
+    EXPECT_EQ(c->loaded()->files()[0].path, chosen.c_str());
+    EXPECT_EQ(host->undoList.getCount(), 2); // it was inserted
+    host->undoClicked();
+    ASSERT_TRUE(shown("File: none"));
+}
+
 /// Its own window lies in ours, gets the keys that are not the song's, and is closed before it.
 TEST_F(PluginWinTest, ShowsTheWindowOfAPlugin) {
     start();

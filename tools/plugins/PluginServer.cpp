@@ -132,7 +132,7 @@ void PluginServer::load(const HelperMessage& message) {
     Plugin& p = served->get();
     const int facts = loaded | (p.isInstrument() ? isInstrument : 0) |
                       (p.sendsMidi() ? canSendMidi : 0) | (p.hasChunks() ? hasState : 0) |
-                      (p.hasEditor() ? hasWindow : 0);
+                      (p.hasEditor() ? hasWindow : 0) | (p.files().empty() ? 0 : hasFiles);
     std::string names = bytesOf(p.vendor()) + '\0' + bytesOf(p.product());
     const int id = p.uniqueId();
     {
@@ -175,6 +175,15 @@ void PluginServer::serve(const HelperMessage& message, ServedPlugin& served) {
     case HelperCall::chunk:
         served.waitForTrip();
         return answer(message, 1, bytesOf(p.chunk(head.index != 0)));
+    case HelperCall::files: {
+        std::string all;
+        for (const Plugin::File& one : p.files())
+            all += ::bytesOf(one.name) + '\0' + ::bytesOf(one.path) + '\0';
+        return answer(message, 1, std::move(all));
+    }
+    case HelperCall::setFile:
+        served.changeWhole([&](Plugin& plugin) { plugin.setFile(head.index, text); });
+        break;
     case HelperCall::setProgram:
         served.changeWhole([&](Plugin& plugin) { plugin.setProgram(head.index); });
         break;

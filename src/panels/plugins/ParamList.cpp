@@ -1,7 +1,8 @@
 #include "panels/plugins/ParamList.h"
 
-#include "engine/CComp.h"
+#include "panels/plugins/FileRow.h"
 #include "panels/plugins/ParamRow.h"
+#include "plugins/CVST.h"
 #include "plugins/PluginValues.h"
 
 #include <algorithm>
@@ -10,37 +11,50 @@ namespace {
 
 constexpr int margin = 4;
 
-int countOf(CComp& comp) {
-    return std::min(comp.numParams(), int(PluginValues::most));
+int countOf(CVST& plugin) {
+    return std::min(plugin.numParams(), int(PluginValues::most));
+}
+
+std::vector<Plugin::File> filesOf(const CVST& plugin) {
+    return plugin.opened() ? plugin.loaded()->files() : std::vector<Plugin::File>();
 }
 
 } // namespace
 
-ParamList::ParamList(CWin* owner, Workspace& space, CComp& of)
-    : PanelBody(owner, "parameters", 0, 0, 1, 1), workspace(space), comp(of) {
+ParamList::ParamList(CWin* owner, Workspace& space, CVST& of)
+    : PanelBody(owner, "parameters", 0, 0, 1, 1), workspace(space), plugin(of) {
     spokenName = "Parameters";
     arrange = [this](int wide) {
         int y = margin;
-        for (ParamRow* row : rows) {
+        const auto lay = [&](CCtrl* row) {
             row->setBounds(0, y, wide - margin, ParamRow::usualHeight);
             y += ParamRow::usualHeight;
-        }
+        };
+        for (FileRow* row : files) lay(row);
+        for (ParamRow* row : rows) lay(row);
     };
     build();
 }
 
 void ParamList::build() {
     inner->clear();
+    files.clear();
     rows.clear();
-    for (int i = 0; i < countOf(comp); i++) {
-        rows.push_back(new ParamRow(win, workspace, comp, i));
+    for (int i = 0; i < int(filesOf(plugin).size()); i++) {
+        files.push_back(new FileRow(win, workspace, plugin, i));
+        inner->addControl(files.back());
+    }
+    for (int i = 0; i < countOf(plugin); i++) {
+        rows.push_back(new ParamRow(win, workspace, plugin, i));
         inner->addControl(rows.back());
     }
     resized();
 }
 
 void ParamList::refresh() {
-    if (int(rows.size()) != countOf(comp)) build();
+    const std::vector<Plugin::File> known = filesOf(plugin);
+    if (int(rows.size()) != countOf(plugin) || files.size() != known.size()) build();
+    for (size_t i = 0; i < std::min(files.size(), known.size()); i++) files[i]->show(known[i]);
     for (ParamRow* row : rows)
         if (!row->visibleRect().empty()) row->refresh();
 }

@@ -4,14 +4,16 @@
 
 #include <vector>
 
-class CComp;
+class CVST;
+class FileRow;
 class ParamRow;
 class Workspace;
 
-/// All parameters of a component, one below the other. Interface thread.
+/// The files that a plug-in works with and all of its parameters, one below the other. Interface
+/// thread.
 class ParamList : public PanelBody {
 public:
-    ParamList(CWin* win, Workspace& workspace, CComp& comp);
+    ParamList(CWin* win, Workspace& workspace, CVST& plugin);
 
     void refresh(); ///< takes the values of those that are seen, and all rows anew if their number
                     ///< is another
@@ -20,6 +22,7 @@ private:
     void build();
 
     Workspace& workspace;
-    CComp& comp;
-    std::vector<ParamRow*> rows; ///< among the controls
+    CVST& plugin;
+    std::vector<FileRow*> files; ///< among the controls, as the next
+    std::vector<ParamRow*> rows;
 };

@@ -171,11 +171,12 @@ void Lv2Editor::write(uint32_t port, uint32_t size, uint32_t protocol, const voi
 /// messages.
 bool Lv2Editor::writeProperty(const LV2_Atom* atom) {
     bool taken = false;
-    properties.take(atom, [&](int index, float, float value) {
+    const auto setNumber = [&](int index, float, float value) {
         taken = true;
         plugin.wanted[size_t(index)] = value;
         plugin.host.parameterMoved(index, plugin.param(index));
-    });
+    };
+    properties.take(atom, setNumber, [](size_t, std::string_view) {});
     return taken;
 }
 

@@ -107,6 +107,9 @@ bool Lv2Plugin::make(double rate, int frames, CStr& why) {
     if (!pinsFit(int(ports.audioIn.size()), int(ports.audioOut.size()), why)) return false;
     wanted.resize(ports.params.size());
     meters.resize(ports.shown.size());
+    hearOfFiles();
+    given.clear();
+    given.resize(ports.files.size());
     instance = Lv2Instance::make(*world, plugin, ports, rate, frames, why);
     if (!instance) return false;
     keepsOwn = lilv_instance_get_extension_data(instance->get(), LV2_STATE__interface) != nullptr;
@@ -117,15 +120,23 @@ bool Lv2Plugin::make(double rate, int frames, CStr& why) {
 
 /// For another rate or length of blocks, with the state that it has.
 void Lv2Plugin::remake(double rate, int frames) {
+    const Bytes state = instance ? chunk(true) : Bytes();
+    renew(rate, frames, [&] {
+        if (!state.empty()) setChunk(state, true);
+    });
+}
+
+/// As it begins, but for what `prepare` does before it runs and is shown again.
+template <class F>
+void Lv2Plugin::renew(double rate, int frames, F&& prepare) {
     const ForeignOpening foreign;
     const unsigned long shownIn = window;
     const bool ran = running;
-    const Bytes state = instance ? chunk(true) : Bytes();
     closeEditor();
     instance = nullptr;
     CStr why;
     make(rate, frames, why);
-    if (!state.empty()) setChunk(state, true);
+    prepare();
     setRunning(ran);
     if (shownIn) openEditor(shownIn);
 }
@@ -267,6 +278,9 @@ Plugin::Bytes Lv2Plugin::chunk(bool) {
     text.program = current;
     for (size_t i = 0; i < wanted.size(); i++)
         text.values.emplace_back(ports.params[i].symbol, double(wanted[i]));
+    hearOfFiles();
+    for (size_t i = 0; i < given.size(); i++)
+        if (!given[i].path.empty()) text.files.emplace_back(ports.files[i].uri, given[i].path);
     if (keepsOwn && instance) {
         const Lilv<LilvState> state = ownState();
         char* own = state
@@ -284,6 +298,8 @@ bool Lv2Plugin::setChunk(const Bytes& data, bool) {
     const ForeignOpening foreign;
     const auto text = StateText::read({data.begin(), data.end()}, stateFormat);
     if (!text || !instance) return false;
+    if (leavesFiles(*text)) renew(instance->rate(), instance->frames(), [] {});
+    if (!instance) return false;
     current = std::clamp(text->program, 0, numPrograms() - 1);
     if (!text->own.empty() && keepsOwn)
         give(Lilv<LilvState>(
@@ -292,7 +308,55 @@ bool Lv2Plugin::setChunk(const Bytes& data, bool) {
     for (const auto& [symbol, value] : text->values)
         if (const int index = ports.paramOf(symbol); index >= 0 && std::isfinite(value))
             wanted[size_t(index)] = float(value);
+    for (const auto& [uri, path] : text->files)
+        for (size_t i = 0; i < given.size(); i++)
+            if (ports.files[i].uri == uri) give(i, path);
     return true;
+}
+
+// Files.
+
+/// No message takes a file away.
+bool Lv2Plugin::leavesFiles(const StateText& text) {
+    hearOfFiles();
+    const auto keeps = [&](const std::string& uri) {
+        return std::ranges::any_of(text.files, [&](const auto& f) { return f.first == uri; });
+    };
+    for (size_t i = 0; i < given.size(); i++)
+        if (!given[i].path.empty() && !keeps(ports.files[i].uri)) return true;
+    return false;
+}
+
+std::vector<Plugin::File> Lv2Plugin::files() {
+    hearOfFiles();
+    std::vector<File> all;
+    for (size_t i = 0; i < given.size(); i++)
+        all.push_back({ports.files[i].name.c_str(), given[i].path.c_str()});
+    return all;
+}
+
+void Lv2Plugin::setFile(int index, const CStr& path) {
+    if (index >= 0 && size_t(index) < given.size()) give(size_t(index), path.asChar());
+}
+
+/// While no block is there. A path that would not fit into a message, or a line of the state,
+/// changes nothing.
+void Lv2Plugin::give(size_t file, const std::string& path) {
+    if (path.empty() || path.size() > PropertyAtoms::longestPath ||
+        path.find('\n') != std::string::npos)
+        return;
+    hearOfFiles();
+    given[file].path = path;
+    given[file].due = true;
+}
+
+/// The plug-in's word counts where it has not been given another one meanwhile.
+void Lv2Plugin::hearOfFiles() {
+    uint32_t file = 0;
+    std::vector<char> path = MessageRing::buffer();
+    while (toldFiles.pop(file, path))
+        if (file < given.size() && !given[file].due)
+            given[file].path.assign(path.begin(), path.end());
 }
 
 // The editor.
@@ -319,7 +383,24 @@ void Lv2Plugin::fillProperties() {
         if (int(events.port.port) != ports.propertyPort) continue;
         properties.give(
             wanted, [&](const LV2_Atom* atom) { events.add(0, atom->type, atom + 1, atom->size); });
+        for (size_t i = 0; i < given.size(); i++) {
+            given[i].toldNow = given[i].due;
+            if (!given[i].due) continue;
+            const LV2_Atom* atom = properties.fileSetting(i, given[i].path);
+            events.add(0, atom->type, atom + 1, atom->size);
+            given[i].due = false;
+        }
     }
+}
+
+/// What a message of the plug-in, or of its window, tells of its properties.
+void Lv2Plugin::takePatch(const LV2_Atom* atom) {
+    properties.take(
+        atom, [this](int index, float before, float now) { takeProperty(index, before, now); },
+        [this](size_t file, std::string_view path) {
+            if (!given[file].toldNow && path.find('\n') == path.npos)
+                toldFiles.push(uint32_t(file), path.data(), uint32_t(path.size()));
+        });
 }
 
 /// The plug-in has told of it; what is wanted meanwhile stays so.
@@ -341,6 +422,7 @@ void Lv2Plugin::fillEvents(int frames) {
         if (atom->size > messageRoom.size() - sizeof *atom) continue;
         for (EventBuffer& events : buffers)
             if (events.port.port == port) events.add(0, atom->type, atom + 1, atom->size);
+        if (int(port) == ports.propertyPort) takePatch(atom);
     }
     fillProperties();
     for (const Note& note : notes) {
@@ -363,9 +445,7 @@ void Lv2Plugin::takeEvents() {
                 for (uint32_t i = 0; i < atom->size; i++) data |= bytes[i] << 8 * i;
                 host.sendMidi(frame, data);
             }
-            properties.take(atom, [this](int index, float before, float now) {
-                takeProperty(index, before, now);
-            });
+            takePatch(atom);
             if (watched) toEditor.push(events.port.port, atom, uint32_t(sizeof *atom) + atom->size);
         });
 }

@@ -12,6 +12,7 @@
 
 class Lv2Editor;
 struct PluginFacts;
+struct StateText;
 
 /// An LV2 plug-in. Its programs are the one that it begins with and its presets; its state is the
 /// values of its controls and what it stores itself.
@@ -42,6 +43,8 @@ public:
     bool hasChunks() const override { return true; }
     Bytes chunk(bool whole) override;
     bool setChunk(const Bytes& data, bool whole) override;
+    std::vector<File> files() override;
+    void setFile(int index, const CStr& path) override;
     void setRate(double rate) override;
     void setBlock(int frames) override;
     void setRunning(bool on) override;
@@ -58,6 +61,11 @@ private:
     struct Note {
         int frame, data;
     };
+    struct GivenFile {
+        std::string path;        ///< written on the interface thread, and not while it is `due`
+        Shared<bool> due{false}; ///< the plug-in is to be told
+        bool toldNow = false;    ///< with this block; whoever renders
+    };
     static constexpr size_t mostNotes = 1024;
 
     Lv2Plugin(std::shared_ptr<Lv2World> of, const LilvPlugin* plugin, PluginHost& answers);
@@ -67,9 +75,15 @@ private:
     void setUsual();
     bool make(double rate, int frames, CStr& why);
     void remake(double rate, int frames);
+    template <class F>
+    void renew(double rate, int frames, F&& prepare);
+    bool leavesFiles(const StateText& text);
     Lilv<LilvState> ownState();
     void give(const LilvState* state);
     void takeProperty(int index, float before, float now);
+    void give(size_t file, const std::string& path);
+    void hearOfFiles();
+    void takePatch(const LV2_Atom* atom);
     void fillProperties();
     void fillEvents(int frames);
     void takeEvents();
@@ -84,6 +98,8 @@ private:
     int current = 0;
     std::vector<Shared<float>> wanted; ///< of the parameters
     std::vector<Shared<float>> meters; ///< of what the plug-in shows, after the latest block
+    std::vector<GivenFile> given;      ///< of the files
+    MessageRing toldFiles;             ///< paths; the number of a message is that of the file
     Shared<int> delay{0};
     std::unique_ptr<Lv2Instance> instance;
     std::unique_ptr<Lv2Editor> editor; ///< while it is open

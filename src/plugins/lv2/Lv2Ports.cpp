@@ -91,8 +91,9 @@ std::string unitSign(const PortFacts& facts) {
     return symbols.empty() ? "" : symbols.front();
 }
 
-/// A property with a number as its value; its type is empty for others, as for files.
-Lv2Ports::Param propertyOf(const Lv2World& world, const LilvNode* property) {
+/// A property with a number as its value; its type is empty for others. Where that is a file,
+/// `isFile`.
+Lv2Ports::Param propertyOf(const Lv2World& world, const LilvNode* property, bool& isFile) {
     const auto told = [&](const char* predicate) {
         return Lilv<LilvNode>(
             lilv_world_get(world.get(), property, world.node(predicate).get(), nullptr));
@@ -107,6 +108,7 @@ Lv2Ports::Param propertyOf(const Lv2World& world, const LilvNode* property) {
         if (is(type)) p.type = type;
     const auto name = told(LILV_NS_RDFS "label");
     p.name = name ? lilv_node_as_string(name.get()) : p.symbol;
+    isFile = is(LV2_ATOM__Path);
     p.isSwitch = is(LV2_ATOM__Bool);
     p.range.whole = p.isSwitch || is(LV2_ATOM__Int) || is(LV2_ATOM__Long);
     p.range.low = double(floatOf(told(LV2_CORE__minimum).get(), 0.0f));
@@ -187,7 +189,9 @@ void Lv2Ports::readProperties(const Lv2World& world, const LilvPlugin* plugin) {
     LILV_FOREACH(nodes, i, all.get()) {
         const LilvNode* property = lilv_nodes_get(all.get(), i);
         if (!lilv_node_is_uri(property)) continue;
-        Param p = propertyOf(world, property);
+        bool isFile = false;
+        Param p = propertyOf(world, property, isFile);
+        if (isFile) files.push_back({p.symbol, p.name});
         if (!p.type.empty()) params.push_back(std::move(p));
     }
 }

@@ -23,6 +23,10 @@ struct Lv2Ports {
 
         CStr text(float value) const;
     };
+    /// A property that is a file.
+    struct File {
+        std::string uri, name;
+    };
     struct Pin {
         uint32_t port = 0;
         bool pair = false; ///< it and the next belong together
@@ -38,6 +42,7 @@ struct Lv2Ports {
     uint32_t count = 0;
     std::vector<Pin> audioIn, audioOut;
     std::vector<Param> params;
+    std::vector<File> files;
     std::vector<uint32_t> shown;    ///< control outputs
     std::vector<uint32_t> carriers; ///< control voltage, which nothing is cabled to
     std::vector<Events> eventsIn, eventsOut;

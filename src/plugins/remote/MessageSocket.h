@@ -26,6 +26,8 @@ enum class HelperCall : int {
     renameProgram,
     chunk, ///< `index` 1 of all programs
     setChunk,
+    files, ///< of all: name and path, each with a zero behind
+    setFile,
     setRate,
     setBlock,
     setRunning,
@@ -61,7 +63,8 @@ enum LoadAnswer : int {
     canSendMidi = 2,
     hasState = 4,
     hasWindow = 8,
-    loaded = 16
+    loaded = 16,
+    hasFiles = 32
 };
 
 /// One end of what a program and a helper talk through. Waits only where told. One thread.

@@ -24,6 +24,15 @@ CStr textOf(const std::string& bytes) {
     return bytes.c_str();
 }
 
+/// Each has a zero behind.
+std::vector<CStr> textsOf(const std::string& bytes) {
+    std::vector<CStr> texts;
+    size_t from = 0;
+    for (size_t end; (end = bytes.find('\0', from)) != std::string::npos; from = end + 1)
+        texts.emplace_back(bytes.c_str() + from);
+    return texts;
+}
+
 } // namespace
 
 // Loading.
@@ -156,11 +165,8 @@ CStr RemotePlugin::paramText(int index) {
 
 std::vector<CStr> RemotePlugin::paramTexts() {
     if (const auto answer = call(HelperCall::paramTexts)) {
-        size_t from = 0, end;
-        for (int i = 0; (end = answer->bytes.find('\0', from)) != std::string::npos; i++) {
-            texts[i] = answer->bytes.substr(from, end - from);
-            from = end + 1;
-        }
+        int index = 0;
+        for (const CStr& one : textsOf(answer->bytes)) texts[index++] = bytesOf(one);
     }
     std::vector<CStr> known;
     for (int i = 0; i < numParams(); i++) known.push_back(textOf(texts[i]));
@@ -221,6 +227,20 @@ bool RemotePlugin::setChunk(const Bytes& data, bool whole) {
     forgetMoves();
     stateOld = true;
     return true;
+}
+
+std::vector<Plugin::File> RemotePlugin::files() {
+    const auto answer = has(hasFiles) ? call(HelperCall::files) : std::nullopt;
+    if (!answer) return knownFiles;
+    const std::vector<CStr> told = textsOf(answer->bytes);
+    knownFiles.clear();
+    for (size_t i = 0; i + 1 < told.size(); i += 2) knownFiles.push_back({told[i], told[i + 1]});
+    return knownFiles;
+}
+
+void RemotePlugin::setFile(int index, const CStr& file) {
+    callWhole(HelperCall::setFile, index, 0.0, bytesOf(file));
+    stateOld = true;
 }
 
 // What has moved since the state was taken is in none yet.

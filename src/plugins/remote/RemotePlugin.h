@@ -43,6 +43,8 @@ public:
     bool hasChunks() const override { return has(hasState); }
     Bytes chunk(bool whole) override;
     bool setChunk(const Bytes& data, bool whole) override;
+    std::vector<File> files() override;
+    void setFile(int index, const CStr& path) override;
     void setRate(double rate) override;
     void setBlock(int frames) override;
     void setRunning(bool on) override;
@@ -137,6 +139,7 @@ private:
     // What was heard last.
     std::map<int, std::string> names, texts, programNames;
     std::string currentName;
+    std::vector<File> knownFiles;
     Bytes chunks[2]; ///< of the current program, of all
     Shared<bool> stateOld{false};
     /// A bit for each parameter that has moved since the state was taken.
