@@ -1,10 +1,11 @@
 #include "plugins/CVST.h"
 
+#include "engine/CGroupCh.h"
 #include "engine/MidiBytes.h"
 #include "engine/SeqStub.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
-#include "plugins/PluginFixture.h"
+#include "plugins/RemoteFixture.h"
 
 #include <algorithm>
 #include <memory>
@@ -297,6 +298,42 @@ TEST(CVST, LatencyIsMadeUpFor) {
     f.run(4);
     const auto at = std::ranges::find_if(f.left, [](float v) { return v > 0.1f; });
     EXPECT_EQ(at - f.left.begin(), 480);
+}
+
+/// Impulses meet to the frame, whatever the plug-ins in their ways are late by: on a strip, in a
+/// group, before it, and on the master.
+TEST(CVST, ImpulsesMeetBehindPlugins) {
+    for (const bool isolated : {false, true})
+        for (const char* late : {"late0", "late480", "late4096"}) {
+            SCOPED_TRACE(std::string(late) + (isolated ? ", isolated" : ""));
+            RemoteFixture f;
+            f.isolates = isolated;
+            auto* group = f.add(new CGroupCh(f.host));
+            f.connect(group);
+            SignalComp *dry = f.addSignal(), *wet = f.addSignal(),
+                       *grouped = f.add(new SignalComp(f.host));
+            f.connect(grouped, group);
+            const auto insertAt = [&](CComp* c, const char* name) {
+                CVST* made = f.plug(name);
+                const GraphHold hold(f.host);
+                c->output()->inserts.add(made);
+            };
+            insertAt(wet, late);
+            insertAt(grouped, "late40");
+            insertAt(group, late);
+            insertAt(f.host->getAudioOut(), late);
+            constexpr int settling = 4, frames = 256;
+            for (SignalComp* s : {dry, wet, grouped})
+                s->left = s->right = [](long at) { return at == settling * frames ? 0.25f : 0.0f; };
+            for (int i = 0; i < settling; i++) {
+                f.block();
+                f.host->idle();
+            }
+            f.forget();
+            f.run(60);
+            EXPECT_EQ(std::ranges::count_if(f.left, [](float v) { return v != 0.0f; }), 1);
+            EXPECT_FLOAT_EQ(*std::ranges::max_element(f.left), 0.75f);
+        }
 }
 
 /// What comes late from another plug-in was earlier in the song.
