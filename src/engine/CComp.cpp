@@ -6,12 +6,12 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/EditorHooks.h"
+#include "engine/Mixing.h"
 #include "engine/SendOrder.h"
 #include "engine/plan/PlanBuilder.h"
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 
 namespace {
 
@@ -21,12 +21,6 @@ constexpr int mapWidth = 384, mapHeight = 236;
 template <class T>
 T* at(CList& list, int index) {
     return static_cast<T*>(list.items(index));
-}
-
-void clearStereo(float* left, float* right, int frames) {
-    if (!left || !right) return;
-    std::memset(left, 0, size_t(frames) * sizeof(float));
-    std::memset(right, 0, size_t(frames) * sizeof(float));
 }
 
 void decay(Shared<float>& peak) {
@@ -86,8 +80,7 @@ void CComp::afteridle() {
 void CComp::prepare(int frames) {
     assert(heldByThread());
     processed = mixed = fxDone = false;
-    for (auto* in : inputs) clearStereo(in->bufL, in->bufR, frames);
-    for (auto* ch : outputs) clearStereo(ch->bufL, ch->bufR, frames);
+    if (!planned || !planned->clears) clearChannels(*this, frames);
     if (listKind != listInsert) findSourceSeq();
     for (auto* ch : outputs) adoptInserts(ch);
     for (auto* port : inPorts) port->clear();

@@ -13,6 +13,7 @@
 #include "engine/CMap.h"
 #include "engine/CPreviewBase.h"
 #include "engine/CUndo.h"
+#include "engine/Cycle.h"
 #include "engine/DeviceChannels.h"
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
@@ -122,8 +123,10 @@ void CQV::updatePeaks() {
 
 void CQV::prepare(int n) {
     assert(heldByThread());
+    if (!insideCallback()) plans->refresh();
     CComp::prepare(n);
     spreadSolo(this);
+    plans->current().keepChannels();
     CComp* first = nullptr;
     for (CComp* c : comps) {
         c->listKind = listComps;
@@ -135,6 +138,7 @@ void CQV::prepare(int n) {
         c->listKind = listSends;
         c->prepare(n);
     }
+    plans->current().endKeeping();
     plans->current().prepareLeaving(n);
 }
 

@@ -247,6 +247,15 @@ float scaleAndMeter(float* buf, int frames, float factor, float peak) {
     return putAndMeter(buf, frames, peak, [&](auto read, int i) { return read(buf + i) * factor; });
 }
 
+void clearChannels(CComp& c, int frames) {
+    const auto clear = [frames](float* left, float* right) {
+        for (float* side : {left, right})
+            if (left && right) std::fill_n(side, frames, 0.0f);
+    };
+    for (auto* in : c.inputs) clear(in->bufL, in->bufR);
+    for (auto* ch : c.outputs) clear(ch->bufL, ch->bufR);
+}
+
 float addAndMeter(float* __restrict to, const float* __restrict from, int frames, float peak) {
     return putAndMeter(to, frames, peak,
                        [&](auto read, int i) { return read(to + i) + read(from + i); });

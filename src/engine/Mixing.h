@@ -38,6 +38,9 @@ void addStereo(CInputChannel* to, const float* left, const float* right, int fra
 /// Meters a part's channel, which no fader of its own follows, for those who want it. Graph holder.
 void meterPart(COutputChannel* ch, int frames);
 
+/// Leaves silence in all inputs and outputs. Graph holder.
+void clearChannels(CComp& c, int frames);
+
 /// Whether no solo elsewhere silences the channel.
 bool heardInSolo(const COutputChannel* ch);
 /// Whether a strip of the component is heard: neither muted nor silenced by a solo elsewhere, as

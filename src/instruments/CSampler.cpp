@@ -55,11 +55,6 @@ void CSampler::start() {
     for (auto* prog : programs()) prog->start(number++);
 }
 
-void CSampler::prepare(int frames) {
-    if (CSynthProg* prog = getProg()) prog->clearSends(frames);
-    CComp::prepare(frames);
-}
-
 void CSampler::setFrames(int frames) {
     for (auto* prog : programs()) prog->setFrames(frames);
     CComp::setFrames(frames);

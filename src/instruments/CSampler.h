@@ -42,7 +42,6 @@ public:
 
     void afteridle() override;
     void start() override; ///< draws what it drew at the start before
-    void prepare(int frames) override;
     void setFrames(int frames) override;
     void setRate(double rate) override;
     void process(int frames) override;

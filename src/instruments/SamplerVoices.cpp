@@ -58,6 +58,7 @@ void CSampler::process(int frames) {
         return;
     }
 
+    if (CSynthProg* prog = getProg()) prog->clearSends(frames);
     const int from = pieceStart(this);
     strideLeft = host->clock->left(from + frames) - from;
     if (host->clock->begins() && from == 0) cutVoices();

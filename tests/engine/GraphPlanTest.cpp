@@ -1,6 +1,7 @@
 #include "StripFixture.h"
 
 #include "engine/plan/AheadWork.h"
+#include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanFade.h"
 
@@ -185,6 +186,23 @@ TEST(GraphPlan, SumsAllStripsOfAComponent) {
         EXPECT_EQ(t.out->output()->bufL[0], float(strips));
         EXPECT_EQ(t.out->output()->bufR[frames - 1], float(strips));
     }
+}
+
+/// What a render leaves out gives silence meanwhile, and not what it gave last.
+TEST(GraphPlan, WhatIsLeftOutIsSilent) {
+    StripFixture t(frames);
+    auto* kept = t.add(new SignalComp(t.host));
+    auto* other = t.add(new SignalComp(t.host));
+    for (auto* c : {kept, other}) {
+        const GraphHold hold(t.host);
+        t.out->addAudioCable(c->output(), nullptr);
+    }
+    t.block(frames);
+    EXPECT_EQ(other->output()->bufL[0], 1.0f);
+    t.host->plans->current().keepTo({kept->output()});
+    t.block(frames);
+    EXPECT_EQ(kept->output()->bufL[0], 1.0f);
+    EXPECT_EQ(other->output()->bufL[0], 0.0f);
 }
 
 /// Any number of threads gives the same, more than there are processors among them, while cables

@@ -84,6 +84,14 @@ GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
 
 GraphPlan::~GraphPlan() = default;
 
+void GraphPlan::keepChannels() {
+    for (PlanNode* node : clearing) node->comp->planned = node;
+}
+
+void GraphPlan::endKeeping() {
+    for (PlanNode* node : clearing) node->comp->planned = nullptr;
+}
+
 void GraphPlan::prepareLeaving(int frames) {
     if (!passing) return;
     for (const auto& node : nodes)
@@ -136,12 +144,23 @@ void GraphPlan::findOrder() {
     for (PlanStep& step : steps)
         if (step.work & PlanStep::render && !step.loop)
             step.ahead = dynamic_cast<AheadWork*>(step.node->comp);
+    findClearing();
     anyAhead = std::ranges::any_of(
         steps, [](const PlanStep& step) { return step.ahead || step.node->strips; });
     std::ranges::stable_sort(order, {}, [this](unsigned i) {
         return std::tuple(steps[i].level, waitOf(steps[i]), leaderOf(i));
     });
     findTurns();
+}
+
+/// What begins ahead takes in sound before its step.
+void GraphPlan::findClearing() {
+    for (PlanStep& step : steps) {
+        if (step.node->leaving || step.ahead) step.work &= ~unsigned(PlanStep::clear);
+        if (!(step.work & PlanStep::clear)) continue;
+        step.node->clears = true;
+        clearing.push_back(step.node);
+    }
 }
 
 /// Levels of one turn each are one turn together: nobody waits between them.
@@ -234,6 +253,7 @@ void GraphPlan::keepTo(const std::vector<COutputChannel*>& channels) {
 }
 
 void GraphPlan::runStep(PlanStep& step, int frames) const {
+    if (step.work & PlanStep::clear) clearChannels(*step.node->comp, frames);
     if (step.leftOut) return;
     if (step.loop) return step.loop->run(*this, host, frames);
     if (step.node->ended) return;

@@ -52,6 +52,7 @@ public:
     };
 
     CComp* const comp;
+    bool clears = false;               ///< its channels are cleared by its first step
     bool takesMidi = true;             ///< false too many cables back
     std::vector<PlanArrival> arrivals; ///< in the order in which they are summed
     std::vector<Midi> midi;
@@ -102,6 +103,7 @@ struct PlanStep {
         master = 16, ///< the same of an audio out, unless a render leaves it out
         begin = 32,  ///< `CComp::fx`, up to inserts that begin ahead
         goOn = 64,   ///< up to the next of them
+        clear = 256, ///< silences the channels, before all else
         gather = 128 ///< adds what is sent to a bus, as far as it is `PlanNode::gathered`
     };
     PlanNode* node;
@@ -127,6 +129,10 @@ public:
     GraphPlan& operator=(const GraphPlan&) = delete;
 
     // Graph holder.
+    /// Until `endKeeping`, `CComp::prepare` leaves the channels alone that steps clear: whoever
+    /// fills a channel has it near.
+    void keepChannels();
+    void endKeeping();
     void prepareLeaving(int frames); ///< `CComp::prepare` of what is off the graph already
     void run(int frames);            ///< up to the audio outs
     void runLate(int frames);        ///< sequencers that nothing listens to
@@ -162,6 +168,7 @@ public:
     // other. Turns are numbered in the order of their levels.
     int turns() const { return int(begins.size()) - 1; }
     int widest() const { return mostOfLevel; } ///< turns of a level, at most
+    bool hasAhead() const { return anyAhead; } ///< the order within levels matters
     float work() const { return times.mean; }  ///< nanoseconds of a block
     int endOfLevel(int level) const { return ends.empty() ? 0 : ends[size_t(level)]; }
     int endOfLevelAfter(int turn) const;         ///< the first end behind a turn
@@ -175,6 +182,7 @@ private:
     void findOrder();
     int waitOf(const PlanStep& step) const;
     void findTurns();
+    void findClearing();
     size_t leaderOf(size_t step) const {
         return steps[step].goesWith < 0 ? step : size_t(steps[step].goesWith);
     }
@@ -200,6 +208,7 @@ private:
     int madeFor; ///< frames
     std::vector<std::unique_ptr<PlanNode>> nodes;
     std::vector<PlanStep> steps;
+    std::vector<PlanNode*> clearing; ///< those that do it themselves
     size_t late = 0;
     bool passing = false;
     std::vector<unsigned> order;  ///< of the steps before `late`, by level

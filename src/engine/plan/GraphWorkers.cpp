@@ -19,12 +19,12 @@ namespace {
 
 thread_local int ownPlace = 0; ///< of the thread among those that work at a block
 
-/// Looks at a word before a thread goes to sleep on it: some 20 microseconds.
-constexpr int spins = 500;
+/// Looks at a word before a thread goes to sleep on it: some 40 microseconds.
+constexpr int spins = 1000;
 /// The same of a run that follows the last one at once, as in an export: twice as long as
 /// `closeNs`.
-constexpr int spinsForRun = 2500;
-constexpr unsigned closeNs = 50000;
+constexpr int spinsForRun = 3750;
+constexpr unsigned closeNs = 75000;
 constexpr int sleepMs = 1;
 
 } // namespace
@@ -129,7 +129,7 @@ void GraphWorkers::followPriority() {
 
 bool GraphWorkers::helpWith(const GraphPlan& p, int n) const {
     constexpr float share = 0.02f; // of a device's block: far from late
-    if (threads.empty() || p.widest() < 2) return false;
+    if (threads.empty() || p.widest() < 2 || p.turns() > mostTurns) return false;
     const float light = insideCallback() ? share * 1e9f * float(n) / float(host->rate) : 0.0f;
     return eager || p.work() > float(lightBlock) + light;
 }
@@ -141,51 +141,71 @@ void GraphWorkers::run(GraphPlan& p, int n) {
     frames = n;
     inCallback = insideCallback();
     done = 0;
-    gate = p.endOfLevel(0);
-    total = unsigned(p.turns());
-    p.beginLevel(0, n);
-    turn.storeRelease(uint64_t(++runs) << 32);
+    gate = 0;
+    total = p.turns();
+    fromBoth = !p.hasAhead();
+    ++runs;
+    openLevel(0, p.endOfLevel(0));
     wakeUps.fetchAdd(1);
     if (asleep.fetchAdd(0) > 0) futexWake(wakeUps, std::min(count(), p.widest() - 1));
     work(0);
     waitForRest();
-    turn.storeRelease(uint64_t(runs) << 32 | nothing);
+    open.storeRelease(nothing);
     noteTimes(p);
     sinceRun.lap();
 }
 
-/// Takes steps until none is left to be taken.
+/// Takes turns until none is left to be taken.
 void GraphWorkers::work(int place) {
     for (int looked = 0;;) {
-        uint64_t now = turn.loadAcquire();
-        const auto step = unsigned(now);
-        if (step >= total) return;
-        const int open = gate.loadAcquire();
-        if (int(step) >= open) {
-            if (++looked > spins) waitAtGate(open);
+        const int end = gate.loadAcquire(); // before what it was set behind
+        const Range now = open.loadAcquire();
+        if (now.first < now.end && mayTake(place)) {
+            if (takeOne(now, place)) looked = 0;
+        } else if (now.first == nothing.first || (now.first >= now.end && end >= total)) {
+            return;
+        } else {
+            if (++looked > spins) waitAtGate(end);
             spinPause();
-        } else if (turn.compareExchange(now, now + 1)) {
-            looked = 0;
-            take(step, place);
         }
     }
 }
 
-void GraphWorkers::take(unsigned step, int place) {
+void GraphWorkers::openLevel(int first, int end) {
+    plan->beginLevel(first, frames);
+    lone = end - first == 1;
+    open.storeRelease({uint16_t(first), uint16_t(end), runs});
+    gate.exchange(end);
+}
+
+/// What is done by one thread is done by the same in each block, if that one is awake.
+bool GraphWorkers::mayTake(int place) const {
+    return !lone || place == 0 || waiting > 0;
+}
+
+/// What a turn works with is still near the thread that took it in the block before: so half of
+/// the threads begin at the other end.
+bool GraphWorkers::takeOne(Range now, int place) {
+    const bool last = fromBoth && place % 2 != 0;
+    Range left = now;
+    const unsigned turn = last ? --left.end : left.first++;
+    if (!open.compareExchange(now, left)) return false;
+    take(turn, place);
+    return true;
+}
+
+void GraphWorkers::take(unsigned turn, int place) {
     std::optional<GraphMark> mark;
     std::optional<CallbackMark> callback;
     if (place > 0) mark.emplace(host);
     if (place > 0 && inCallback) callback.emplace();
-    // The run is not over before this step is done.
+    // The run is not over before this turn is done.
     GraphPlan* const p = plan;
-    const int open = gate.load(), all = int(total.load());
-    spent[place] += p->runTurn(step, frames);
+    const int end = p->endOfLevelAfter(int(turn)), all = total;
+    spent[place] += p->runTurn(turn, frames);
     const int finished = done.fetchAdd(1) + 1;
-    if (finished < open) return;
-    if (finished < all) {
-        p->beginLevel(finished, frames);
-        gate.exchange(p->endOfLevelAfter(finished));
-    }
+    if (finished < end) return;
+    if (finished < all) openLevel(finished, p->endOfLevelAfter(finished));
     if (waiting.fetchAdd(0) == 0) return;
     futexWake(gate, most);
     futexWake(done, 1);
@@ -202,15 +222,15 @@ void GraphWorkers::waitForRun(int former) {
     asleep.fetchAdd(-1);
 }
 
-void GraphWorkers::waitAtGate(int open) {
+void GraphWorkers::waitAtGate(int end) {
     waiting.fetchAdd(1);
-    futexWait(gate, open, sleepMs);
+    futexWait(gate, end, sleepMs);
     waiting.fetchAdd(-1);
 }
 
 /// Until what others have taken is done.
 void GraphWorkers::waitForRest() {
-    const int all = int(total.load());
+    const int all = total;
     for (int looked = 0;; spinPause()) {
         const int now = done.loadAcquire();
         if (now == all) return;

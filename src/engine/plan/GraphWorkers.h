@@ -64,10 +64,19 @@ public:
 
 private:
     class Thread;
-    static constexpr unsigned nothing = ~0u;
+    /// The turns of a level that nobody has taken yet, of the run of such a number.
+    struct Range {
+        uint16_t first, end;
+        uint32_t run;
+    };
+    static constexpr Range nothing{0xffff, 0xffff, 0};
+    static constexpr int mostTurns = 0xfffe;
 
     void work(int place);
-    void take(unsigned step, int place);
+    void openLevel(int first, int end);
+    bool mayTake(int place) const;
+    bool takeOne(Range now, int place);
+    void take(unsigned turn, int place);
     void waitForRun(int former);
     void waitAtGate(int gateNow);
     void waitForRest();
@@ -78,12 +87,13 @@ private:
     std::vector<std::unique_ptr<GraphScratch>> scratches; ///< by place
     std::vector<std::unique_ptr<Thread>> threads;
 
-    // Of the block that is worked out. `turn` has the number of the run above that of the next
-    // turn, or of `nothing`; all else is set before a run is opened.
-    Shared<uint64_t> turn{nothing};
-    Shared<int> done{0}; ///< turns
-    Shared<int> gate{0}; ///< turns that may be begun: those before wait for none of them
-    Shared<unsigned> total{0};
+    // Of the block that is worked out; all else is set before a run is opened by `open`.
+    Shared<Range> open{nothing};
+    Shared<int> done{0};          ///< turns
+    Shared<int> gate{0};          ///< end of the level that is open, set behind it
+    Shared<bool> lone{false};     ///< the level that is open has one turn
+    Shared<bool> fromBoth{false}; ///< every second thread takes the last turn of a level first
+    Shared<int> total{0};         ///< turns
     Shared<GraphPlan*> plan{nullptr};
     Shared<int> frames{0};
     Shared<bool> inCallback{false};
@@ -93,6 +103,6 @@ private:
     Shared<int> asleep{0};            ///< those that do, or are about to
     Shared<bool> closeBy{false};      ///< runs follow each other so fast that none of them should
     StopWatch sinceRun;               ///< graph holder
-    uint32_t runs = 0;                ///< graph holder
+    uint32_t runs = 0;                ///< graph holder, and who takes turns
     Shared<unsigned long> master{0}, followed{0}; ///< pthread_t of the holder in blocks
 };

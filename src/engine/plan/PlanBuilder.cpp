@@ -451,6 +451,7 @@ PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void
     const bool follows = !goesOn && work == PlanStep::sum && p.sumStep >= 0 &&
                          joins(plan->steps[size_t(p.sumStep)], level, touched);
     if (follows) level = plan->steps[size_t(p.sumStep)].level;
+    if (clearsFirst(c, work)) work |= PlanStep::clear;
     if (!goesOn && !follows)
         for (const void* what : touched)
             level = std::max({level, uses[what].written + 1, uses[what].read + 1});
@@ -466,6 +467,18 @@ PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void
     }
     p.sumStep = step.work == PlanStep::sum ? int(plan->steps.size()) - 1 : -1;
     return step;
+}
+
+/// Whether nobody touches the channels of `c` before the step that is added, in which it fills
+/// them. A device has filled its ins by then, and its outs are sent whatever becomes of the plan.
+bool PlanBuilder::clearsFirst(CComp* c, unsigned work) {
+    if (!(work & (PlanStep::render | PlanStep::gather)) || c->type == compAudioIn ||
+        c->type == compAudioOut || c->type == compSeq || c == host)
+        return false;
+    for (const CList* list : listsOf(c->inputs, c->outputs))
+        for (const CObject* channel : read(*list))
+            if (const Use& use = uses[channel]; use.written >= 0 || use.read >= 0) return false;
+    return true;
 }
 
 /// Whether a step that needs `level` can be done right behind one of its component, which has

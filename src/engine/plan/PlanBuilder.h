@@ -98,6 +98,7 @@ private:
     void finishOut(CComp* out);
     void flushSums(CComp* out);
     void gather(CComp* bus);
+    bool clearsFirst(CComp* c, unsigned work);
     bool joins(const PlanStep& before, int level, const std::vector<const void*>& touched);
     void feedBuses(PlanNode* from, PlanArrival::Kind kind);
     PlanArrival arrivalOf(CComp* c, const CAudioCable* cable);
