@@ -35,7 +35,8 @@ std::vector<Family> allFamilies() {
         all.insert(all.end(), some.begin(), some.end());
     for (Family& family : all)
         for (Program& program : family.programs)
-            program.patches = evened(program.name, followed(program.patches));
+            program.patches =
+                evened(program.name, followed(setApart(program.name, program.patches)));
     return all;
 }
 

@@ -195,7 +195,7 @@ Family organs() {
            breath("Breath", 0.35f, 0.7f, 0.4f, 120, 0.4f, 15)}},
          {"Tango accordion", "bandoneon", [] {
               Patches p = reeds(0.86f, 0.3f, 30, 12);
-              p[0].osc = spread(edgePair(0.86f), 0.02f, 0.3f);
+              p[0].osc = edgePair(0.86f);
               p[0] = muffled(p[0], 0.53f, 0.5f);
               return p;
           }()}}};

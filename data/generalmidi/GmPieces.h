@@ -72,6 +72,8 @@ Patch swelling(Patch p, float ms); ///< its colour rises from half in so long
 Patch through(Patch p, int filter, float cutoff, float q);
 /// A low-pass that a soft stroke leaves further closed.
 Patch muffled(Patch p, float cutoff, float q = 0.1f);
+/// The sounds of a program with what sets it apart from all others.
+Patches setApart(std::string_view program, Patches patches);
 /// The sounds with filters that follow the keyboard, by parts of it: a cutoff is meant for the
 /// octaves around C4, and moves by half an octave with each octave below and above.
 Patches followed(const Patches& patches);
