@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -297,7 +298,10 @@ extern "C" __attribute__((visibility("default"))) MadePlugin* latestMade() {
 
 extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatcher host) {
     const std::string& name = ownName();
-    if (bad("null")) return nullptr;
+    const std::string home = std::getenv("HOME");
+    if (bad("null") || (bad("needs-home") && access((home + "/needed").c_str(), F_OK) != 0))
+        return nullptr;
+    if (bad("writes-home")) std::ofstream(home + "/made") << "";
     if (bad("throws-main")) fail();
     if (bad("crashes")) crashAtOnce();
     if (bad("aborts")) std::abort();

@@ -46,3 +46,21 @@ TEST(PluginScan, FindsOutAboutEachFile) {
     list.compare(files);
     EXPECT_EQ(list.find(f.file("synth").c_str()), nullptr) << "it is gone";
 }
+
+/// Nothing is left in the user's home by one that is only looked at; what has to find something
+/// there does.
+TEST(PluginScan, LeavesTheHomeClean) {
+    PluginFixture f;
+    const std::string former = std::getenv("HOME"), home = f.folder + "/home";
+    std::filesystem::create_directory(home);
+    std::ofstream(home + "/needed") << "";
+    setenv("HOME", home.c_str(), 1);
+    PluginList list((f.folder + "/list.txt").c_str());
+    PluginScan scan(list, builtFile("bin/sondrava-plugins").c_str());
+    scan.add({f.file("bad-writes-home").c_str(), f.file("bad-needs-home").c_str()});
+    EXPECT_TRUE(comes([&] { return scan.poll(), !scan.busy(); }));
+    setenv("HOME", former.c_str(), 1);
+    EXPECT_EQ(list.usable().size(), 2u);
+    EXPECT_EQ(scan.done(), 2);
+    EXPECT_FALSE(std::filesystem::exists(home + "/made"));
+}

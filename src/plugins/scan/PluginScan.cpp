@@ -1,14 +1,18 @@
 #include "plugins/scan/PluginScan.h"
 
 #include "base/Numbers.h"
+#include "base/Paths.h"
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,6 +22,24 @@ namespace {
 
 constexpr const char* silent = "It told nothing of itself.";
 
+/// The variables of this process, but with another home; empty for the same one.
+std::vector<std::string> variables(const std::string& home) {
+    constexpr const char* placed[] = {
+        "HOME=", "XDG_CONFIG_HOME=", "XDG_DATA_HOME=", "XDG_STATE_HOME=", "XDG_CACHE_HOME="};
+    std::vector<std::string> all;
+    for (char** at = environ; *at; at++) {
+        const std::string_view one = *at;
+        const auto begins = [one](const char* name) { return one.starts_with(name); };
+        if (home.empty() || std::ranges::none_of(placed, begins)) all.emplace_back(one);
+    }
+    if (home.empty()) return all;
+    const char* own = std::getenv("HOME");
+    if (own && !std::getenv("XAUTHORITY")) // a display may be asked for
+        all.push_back(std::string("XAUTHORITY=") + own + "/.Xauthority");
+    all.push_back("HOME=" + home);
+    return all;
+}
+
 } // namespace
 
 /// A process that looks at one file, and what it writes.
@@ -25,6 +47,7 @@ class PluginScan::Child {
 public:
     const CStr file;
     const FileMark mark;
+    bool wantsHome = false; ///< it was not loaded, and may be with the user's home
 
     Child(const CStr& path, const FileMark& known) : file(path), mark(known) {}
     ~Child() {
@@ -37,20 +60,26 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    bool start(const CStr& program) {
+    /// With this home folder; empty for the user's.
+    bool start(const CStr& program, const std::string& home) {
+        atHome = home.empty();
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0) return false;
         output = ends[0];
         fcntl(output, F_SETFL, O_NONBLOCK);
         CStr name = program, option = "--scan", path = file;
         char* argv[] = {name.buffer(), option.buffer(), path.buffer(), nullptr};
+        std::vector<std::string> given = variables(home);
+        std::vector<char*> env;
+        for (std::string& one : given) env.push_back(one.data());
+        env.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
         const bool started =
-            posix_spawn(&pid, program.asChar(), &actions, nullptr, argv, environ) == 0;
+            posix_spawn(&pid, program.asChar(), &actions, nullptr, argv, env.data()) == 0;
         posix_spawn_file_actions_destroy(&actions);
         close(ends[1]);
         if (!started) pid = 0;
@@ -68,6 +97,7 @@ public:
                 why = CStr("It crashed (") + strsignal(WTERMSIG(status)) + ").";
             else if (WEXITSTATUS(status) != 0)
                 why = said.empty() ? CStr("It could not be loaded.") : lastLine();
+            wantsHome = !atHome && WIFEXITED(status) && WEXITSTATUS(status) != 0;
             return true;
         }
         if (Clock::now() - began < limit) return false;
@@ -92,6 +122,7 @@ private:
 
     pid_t pid = 0;
     int output = -1;
+    bool atHome = true;
     std::string said;
     const Clock::time_point began = Clock::now();
 };
@@ -100,7 +131,11 @@ PluginScan::PluginScan(PluginList& to, const CStr& helperProgram)
     : helper(helperProgram), list(to) {
 }
 
-PluginScan::~PluginScan() = default;
+PluginScan::~PluginScan() {
+    cancel();
+    std::error_code ignored;
+    if (!home.empty()) std::filesystem::remove_all(home, ignored);
+}
 
 void PluginScan::add(const std::vector<CStr>& files) {
     if (!busy()) finished = 0;
@@ -113,11 +148,26 @@ void PluginScan::cancel() {
     running.clear();
 }
 
+/// The user's where none can be made.
+const std::string& PluginScan::strangeHome() {
+    if (!home.empty()) return home;
+    std::string room = (addSep(getTempFolder()) + "plugins-XXXXXX").asChar();
+    if (mkdtemp(room.data())) home = room;
+    return home;
+}
+
+bool PluginScan::startAtHome(std::unique_ptr<Child>& child) {
+    auto again = std::make_unique<Child>(child->file, child->mark);
+    const bool started = again->start(helper, "");
+    if (started) child = std::move(again);
+    return started;
+}
+
 bool PluginScan::start(const CStr& file) {
     const auto mark = FileMark::of(file);
     if (!mark) return false;
     auto child = std::make_unique<Child>(file, *mark);
-    if (child->start(helper)) {
+    if (child->start(helper, strangeHome())) {
         running.push_back(std::move(child));
         return false;
     }
@@ -134,6 +184,7 @@ bool PluginScan::poll() {
             i++;
             continue;
         }
+        if (child.wantsHome && startAtHome(running[i])) continue;
         note(child.file, child.mark, child.text(), why);
         running.erase(running.begin() + long(i));
         changed = true;

@@ -6,10 +6,12 @@
 #include <chrono>
 #include <deque>
 #include <memory>
+#include <string>
 #include <vector>
 
 /// Looks at plug-ins in processes of their own, so that one that crashes or hangs takes nothing
-/// with it. Each result goes into the list at once. Interface thread, which calls `poll` now and
+/// with it, and with a home folder that is thrown away; where one cannot be loaded so, with the
+/// user's. Each result goes into the list at once. Interface thread, which calls `poll` now and
 /// then.
 class PluginScan {
 public:
@@ -36,10 +38,13 @@ private:
     class Child;
 
     bool start(const CStr& file);
+    bool startAtHome(std::unique_ptr<Child>& child);
+    const std::string& strangeHome();
     void note(const CStr& file, const FileMark& mark, const CStr& said, const CStr& why);
 
     PluginList& list;
     std::deque<CStr> waiting;
     std::vector<std::unique_ptr<Child>> running;
     int finished = 0;
+    std::string home; ///< of those that are looked at; empty until there is one
 };
