@@ -171,13 +171,15 @@ TEST(CVST, WaitsForNobodyInABlock) {
     EXPECT_EQ(f.seen("gain")->program, 0) << "not inside a block";
     f.host->idle();
     EXPECT_EQ(f.seen("gain")->program, 2);
-    const BlockThread blocks([&f] { f.block(); });
-    for (int i = 0; i < 200; i++) {
-        c->setProg(i % 3);
-        f.host->idle();
-        c->enable(i % 2);
+    {
+        const BlockThread blocks([&f] { f.block(); });
+        for (int i = 0; i < 200; i++) {
+            c->setProg(i % 3);
+            f.host->idle();
+            c->enable(i % 2);
+        }
+        ASSERT_TRUE(blocks.next());
     }
-    ASSERT_TRUE(blocks.next());
     EXPECT_FALSE(f.seen("gain")->ranWhileOff);
 }
 
