@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int tickMs = 100;
+constexpr int tickMs = 400;
 
 CStr moduleFile(const char* name) {
     return extractFilePath(asAppname()) + name;

@@ -293,9 +293,9 @@ void HeadList::focusOn(const Place& at) {
 /// Of the head with the focus, else of the first one selected, else of the first one shown.
 void HeadList::markStops() {
     RowHead* current = nullptr;
+    const CCtrl* const focus = win->keyCtrl;
     for (RowHead* head : heads)
-        for (const CCtrl* stop : head->stops())
-            if (stop == win->keyCtrl) current = head;
+        if (focus && (focus == head || focus->parent == head)) current = head;
     for (RowHead* head : heads)
         if (!current && head->songTrack()->track->selected() && head->ofTrack()) current = head;
     if (!current && !heads.empty()) current = heads.front();

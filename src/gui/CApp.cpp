@@ -119,7 +119,9 @@ bool CApp::holdsNext() const {
 bool CApp::nextEvent(XEvent& event) {
     Display* display = liveDisplay();
     if (!display) return false;
-    frameIfDue(XPending(display) > 0);
+    const bool any = XPending(display) > 0;
+    frameIfDue(any);
+    if (!any) return false;
     do {
         if (!liveDisplay() || XPending(display) < 1 || xConnection().lost || holdsNext())
             return false;

@@ -114,6 +114,7 @@ void ProgramRun::run(const std::vector<CStr>& files) {
     startUnlooped(qv);
     window->init();
     window->begin(files);
+    qv->idle(); // the first paint shows all as it is
     window->rooms->plugins.refreshSoon();
     if (qv->editorStruct.maximized) window->maximize();
     app->run(window.get());
