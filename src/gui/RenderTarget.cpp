@@ -1,8 +1,8 @@
 #include "gui/RenderTarget.h"
 
+#include "base/LibraryCall.h"
 #include "gui/CBitmap.h"
 #include "gui/Colours.h"
-#include "base/LibraryCall.h"
 #include "gui/ServerRects.h"
 #include "gui/XConnection.h"
 

@@ -1,9 +1,9 @@
 #include "gui/SmoothText.h"
 
+#include "base/LibraryCall.h"
 #include "base/Numbers.h"
 #include "gui/Colours.h"
 #include "gui/FontChoice.h"
-#include "base/LibraryCall.h"
 #include "gui/Scale.h"
 #include "gui/ServerRects.h"
 #include "gui/Utf8.h"

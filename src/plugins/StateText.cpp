@@ -33,7 +33,8 @@ std::string StateText::write(const char* format) const {
     std::string text = std::string(format) + std::string(version) + "\n" + std::string(programKey) +
                        std::to_string(program) + "\n";
     for (const auto& [name, value] : values) text += name + " " + textOf(value) + "\n";
-    for (const auto& [name, path] : files) text += fileMark + name + " " + path + "\n";
+    for (const auto& [name, path] : files)
+        text.append(1, fileMark).append(name).append(" ").append(path).append("\n");
     return text + "\n" + own;
 }
 

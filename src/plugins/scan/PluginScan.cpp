@@ -71,6 +71,7 @@ public:
         char* argv[] = {name.buffer(), option.buffer(), path.buffer(), nullptr};
         std::vector<std::string> given = variables(home);
         std::vector<char*> env;
+        env.reserve(given.size() + 1);
         for (std::string& one : given) env.push_back(one.data());
         env.push_back(nullptr);
         posix_spawn_file_actions_t actions;
