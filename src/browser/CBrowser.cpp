@@ -264,10 +264,10 @@ void CBrowser::bring(void (CBrowser::*fill)()) {
 // What is dragged out of it.
 
 void CBrowser::fillDragList() {
-    CList nodes;
+    ListOf<CTreeNode> nodes;
     front()->selectedNodes(&nodes);
     std::vector<CStr> paths;
-    for (const auto* node : each<CTreeNode>(nodes)) {
+    for (const auto* node : nodes) {
         if (!BrowserTree::isFile(node) || !fileExists(node->path)) continue;
         const int kind = node->kind == nodePoolSample ? int(dropSample) : int(dropFile);
         auto* item = new CDropItem(extractFileName(node->path), kind);

@@ -13,7 +13,7 @@ BeatClock clockOf(const DawSong& song) {
 
 BeatClock clockOf(CSeq* seq) {
     std::vector<BeatClock::Point> points;
-    for (const auto* t : each<CTempoPart>(seq->getProg()->tempos))
+    for (const auto* t : seq->getProg()->tempos)
         points.push_back({toBeats(t->pos), double(t->getTempo()), t->ramp != 0});
     return BeatClock(double(seq->host->songTempo), std::move(points));
 }

@@ -105,18 +105,17 @@ void Exporter::addTimes() {
     song.title = text(changeFileExt(extractFileName(host->projectFile), ""));
     song.bpm = double(host->songTempo);
     seq->getTimeSig(song.num, song.den);
-    for (const auto* t : each<CTempoPart>(prog->tempos))
+    for (const auto* t : prog->tempos)
         song.tempos.push_back(
             {toBeats(t->pos), double(t->getTempo()), t->ramp && seq->getNextTempoChange(t->pos)});
     clock = clockOf(song);
-    for (const auto* s : each<CTimesigPart>(prog->timesigs))
+    for (const auto* s : prog->timesigs)
         song.signatures.push_back({toBeats(s->pos), s->getNum(), s->getDen()});
     // Others begin with what stands at the head, whatever points there are.
     if (!song.tempos.empty() && song.tempos.front().time <= 0.0) song.bpm = song.tempos.front().bpm;
     if (!song.signatures.empty() && song.signatures.front().time <= 0.0)
         song.num = song.signatures.front().num, song.den = song.signatures.front().den;
-    for (auto* m : each<CMarkerPart>(prog->markers))
-        song.markers.push_back({toBeats(m->pos), text(m->id)});
+    for (auto* m : prog->markers) song.markers.push_back({toBeats(m->pos), text(m->id)});
 }
 
 /// What an instrument track plays.

@@ -9,9 +9,9 @@ namespace {
 
 /// Calls `visit(channel, pin, width)` for the channels as far as there are pins.
 template <class Channel, class F>
-void eachChannel(const CList& channels, int pins, F&& visit) {
+void eachChannel(const ListOf<Channel>& channels, int pins, F&& visit) {
     int pin = 0;
-    for (auto* channel : each<Channel>(channels)) {
+    for (auto* channel : channels) {
         const int width = channel->channels;
         if (width < 1 || width > 2 || pin + width > pins) return;
         visit(channel, pin, width);
@@ -44,22 +44,20 @@ void PinBuffers::make(int inputs, int outputs, int frames) {
     }
 }
 
-void PinBuffers::take(const CList& channels, int frames, int offset) {
+void PinBuffers::take(const ListOf<CInputChannel>& channels, int frames, int offset) {
     std::fill_n(memory.data(), frames, 0.0f); // of the silent pin, which somebody may write to
     for (int i = 0; i < inCount; i++) std::fill_n(ins[size_t(i)], frames, 0.0f);
-    eachChannel<CInputChannel>(
-        channels, inCount, [&](const CInputChannel* channel, int pin, int width) {
-            std::copy_n(channel->bufL + offset, frames, ins[size_t(pin)]);
-            if (width == 2) std::copy_n(channel->bufR + offset, frames, ins[size_t(pin) + 1]);
-        });
+    eachChannel(channels, inCount, [&](const CInputChannel* channel, int pin, int width) {
+        std::copy_n(channel->bufL + offset, frames, ins[size_t(pin)]);
+        if (width == 2) std::copy_n(channel->bufR + offset, frames, ins[size_t(pin) + 1]);
+    });
 }
 
-void PinBuffers::give(const CList& channels, int frames, int offset) const {
-    eachChannel<COutputChannel>(
-        channels, outCount, [&](COutputChannel* channel, int pin, int width) {
-            std::copy_n(outs[size_t(pin)], frames, channel->bufL + offset);
-            if (width == 2) std::copy_n(outs[size_t(pin) + 1], frames, channel->bufR + offset);
-        });
+void PinBuffers::give(const ListOf<COutputChannel>& channels, int frames, int offset) const {
+    eachChannel(channels, outCount, [&](COutputChannel* channel, int pin, int width) {
+        std::copy_n(outs[size_t(pin)], frames, channel->bufL + offset);
+        if (width == 2) std::copy_n(outs[size_t(pin) + 1], frames, channel->bufR + offset);
+    });
 }
 
 void PinBuffers::clearOutputs(int frames) {

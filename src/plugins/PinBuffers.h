@@ -18,8 +18,8 @@ public:
     void make(int inputs, int outputs, int frames);
 
     // Graph holder. Channels of another width than 1 or 2 end the list of them.
-    void take(const CList& channels, int frames, int offset);
-    void give(const CList& channels, int frames, int offset) const;
+    void take(const ListOf<CInputChannel>& channels, int frames, int offset);
+    void give(const ListOf<COutputChannel>& channels, int frames, int offset) const;
     void clearOutputs(int frames);
     /// Whether all that was written are numbers; what is not becomes silence, pin by pin.
     bool mendOutputs(int frames);

@@ -27,9 +27,9 @@ std::vector<int> channelWidths(Plugin& plugin, bool input, int first) {
 
 /// The channels that a list lacks, linked nowhere.
 template <class Channel>
-std::vector<Channel*> missingChannels(CComp* comp, Plugin& plugin, const CList& list) {
+std::vector<Channel*> missingChannels(CComp* comp, Plugin& plugin, const ListOf<Channel>& list) {
     int covered = 0;
-    for (const auto* ch : each<Channel>(list)) covered += ch->channels;
+    for (const auto* ch : list) covered += ch->channels;
     std::vector<Channel*> made;
     for (const int width : channelWidths(plugin, std::is_same_v<Channel, CInputChannel>, covered)) {
         made.push_back(new Channel(comp));

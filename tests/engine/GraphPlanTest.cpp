@@ -214,7 +214,7 @@ TEST(GraphPlan, ThreadsChangeNothing) {
         waiting = &net;
         messageHooks().pumpIdle = [] { waiting->block(frames); };
         rtReset();
-        for (int i = 0; i < 250; ++i) {
+        for (int i = 0; i < 1000; ++i) {
             ASSERT_TRUE(net.blockIsRight()) << helpers << " threads, block " << i;
             if (i % 10 == 9) net.edit();
         }

@@ -126,7 +126,7 @@ CTreeNode* CTree::selectedNode() const {
     return found == lines.end() ? nullptr : *found;
 }
 
-void CTree::selectedNodes(CList* nodes) const {
+void CTree::selectedNodes(ListOf<CTreeNode>* nodes) const {
     for (CTreeNode* node : lines)
         if (node->selected) nodes->add(node);
 }

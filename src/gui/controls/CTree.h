@@ -32,7 +32,7 @@ public:
     void clearNodes();               ///< deletes them all
     void select(CTreeNode* node);    ///< it alone, opening those above; null nothing. No report
     CTreeNode* selectedNode() const; ///< the first one; null without one
-    void selectedNodes(CList* nodes) const; ///< adds them, from the top on
+    void selectedNodes(ListOf<CTreeNode>* nodes) const; ///< adds them, from the top on
     void expcol(CTreeNode* node);   ///< opens or closes it; without children it stays closed
     CTreeNode* nodeAt(int y) const; ///< at a height of this control; null below the last
     CRect nodeRect(const CTreeNode* node) const; ///< its line in this control; empty if hidden
