@@ -100,6 +100,40 @@ TEST(CXML, ReadsByteByByte) {
     EXPECT_EQ(decoded(deep).size(), 256 * 4u);
 }
 
+/// What is told of a file is bounded, however much there is to tell.
+TEST(CXML, TellsNoMoreThanItMay) {
+    CMemoryStream stream;
+    std::string text = head + "<a>" + std::string(600, 'x') + "</a>";
+    for (int i = 0; i < 2000; i++) text += "</b>";
+    stream.write(text.data(), int(text.size()));
+    CXML xml;
+    xml.decodeStream(&stream);
+    EXPECT_EQ(xml.lines->count(), 1000);
+    EXPECT_EQ(xml.lines->get(1).length(), 512);
+    EXPECT_EQ(xml.getNode("A")->value.length(), 600);
+}
+
+/// Names and paths that a list could not give back are refused; an apostrophe alone is none.
+TEST(CFileMapper, KnowsWhatItCanKeep) {
+    for (const auto& [name, path, map] :
+         Rows<std::string, bool, bool>{{"gig", true, true},
+                                       {"J\xc3\xb6rg's & co", true, true},
+                                       {"", true, false},
+                                       {".hidden", true, false},
+                                       {"a/b", true, false},
+                                       {"a\\b", true, false},
+                                       {"a<b", false, false},
+                                       {"a>b", false, false},
+                                       {"a&apos;b", false, false},
+                                       {"a\nb", false, false},
+                                       {"a\x01"
+                                        "b",
+                                        false, false}}) {
+        EXPECT_EQ(CFileMapper::canStore(name.c_str()), path) << name;
+        EXPECT_EQ(CFileMapper::canNameMap(name.c_str()), map) << name;
+    }
+}
+
 /// A list is made, filled, ordered and kept, each step at once in its file.
 TEST_F(PlaylistTest, ListsAreKept) {
     begin();
@@ -136,6 +170,8 @@ TEST_F(PlaylistTest, ListsAreKept) {
     drop(at("x<y.qv"));
     EXPECT_EQ(projects(), "b.qv ");
     EXPECT_EQ(Told::messages.size(), 1u);
+    for (const int outside : {-1, 2}) mapper().setFilemap(outside);
+    EXPECT_EQ(mapper().getFilemap(-1), "gig");
     std::filesystem::remove(mapper().mapFile.asChar());
     mapper().saveMap();
     EXPECT_FALSE(std::filesystem::exists(mapper().mapFile.asChar()));
@@ -167,6 +203,16 @@ TEST_F(PlaylistTest, ProgramChangesOpenProjects) {
     EXPECT_TRUE(
         pumpUntil([this] { return mapper().getProgram() == 2 && mapper().getPlayNext().empty(); }));
     EXPECT_EQ(host->projectFile, a.c_str());
+    mapper().setPlayNext(at("gone.qv").c_str());
+    EXPECT_TRUE(mapper().getPlayNext().empty()) << "there is no such file";
+    const std::string fleeting = project("fleeting.qv");
+    ASSERT_TRUE(opens(0, a));
+    mapper().setPlayNext(fleeting.c_str());
+    std::filesystem::remove(fleeting);
+    for (int i = 0; i < 10; i++) win->idle();
+    EXPECT_STREQ(mapper().getPlayNext().asChar(), fleeting.c_str()) << "it waits, and does no harm";
+    EXPECT_EQ(host->projectFile, a.c_str());
+    EXPECT_TRUE(opens(1, b));
     key("ctrl+shift+l");
     ASSERT_TRUE(pumpUntil([this] { return !mapper().getEnabled(); }));
     host->requestedProgram = 0;

@@ -124,6 +124,7 @@ protected:
         float* outs[] = {left.data(), right.data()};
         std::vector<AamEvent> events(aamMaxEvents);
         for (size_t i = 0; i < messages.size(); i++) events[i] = {messages[i], 0, {}, 0};
+        surface().lastEvent = 0;
         libio(ins, outs, 2, 2, host->frames, events.data(), int(messages.size()));
         host->tasks->audioStopped();
         EXPECT_TRUE(pumpUntil([&] { return surface().lastEvent == messages.back(); }));
@@ -243,6 +244,91 @@ TEST_F(SurfaceTest, PagesTurnParameters) {
     }
     EXPECT_NE(strip->pan, now);
     EXPECT_EQ(strip->vol, before);
+}
+
+/// A knob, and buttons that turn banks, tracks and pages, those of all sections or of their own; in
+/// another section a page shows program changes.
+TEST_F(SurfaceTest, ButtonsTurnWhatTheyAreFor) {
+    constexpr int knob = 10, buttons = 20; // controllers
+    SurfaceDef def;
+    def.sections.resize(2);
+    def.sections[0].pages = {{"One", {}}, {"Two", {}}, {"Three", {}}};
+    def.sections[1].pages = {{"First", {}}, {"Last", {}}};
+    for (int mode = surfaceParam; mode <= surfaceProgram; mode++) {
+        def.groups.push_back({"Group", {}});
+        def.groups.back().addCtrl("x", mode == surfaceParam ? knob : buttons + mode);
+        CControlMap map;
+        map.group = map.mode = mode;
+        map.takeOver = mapJump;
+        for (CControlSectionPage& page : def.sections[0].pages)
+            if (mode != surfaceProgram) page.maps.push_back(map);
+        if (mode == surfaceProgram) def.sections[1].pages[0].maps.push_back(map);
+    }
+    ASSERT_TRUE(load(kindPortaStudio));
+    use(def);
+    const auto press = [this](int mode) {
+        send({turned(buttons + mode, 127), turned(buttons + mode, 0)});
+    };
+    const auto pages = [this] {
+        return std::pair(surface().def.sections[0].current, surface().def.sections[1].current);
+    };
+    CSeq* seq = songOf(host.get());
+    const auto& tracks = seq->getProg()->tracks;
+    const auto selected = [&] {
+        std::vector<int> rows;
+        for (auto* track : seq->selection.tracks) rows.push_back(tracks.indexed(track));
+        return rows;
+    };
+    const std::vector<int> first{0}, second{1};
+    seq->unselectTracks();
+    press(surfaceTrackUp);
+    ASSERT_EQ(selected(), first) << "the first one, if there was none";
+    press(surfaceTrackUp);
+    EXPECT_EQ(selected(), second);
+    for (int i = 0; i < 3; i++) press(surfaceTrackDown);
+    EXPECT_EQ(selected(), first) << "the first one stays";
+    // Of the selected track's strip: volume, and pan a bank behind it.
+    COutputChannel* own = tracks.items(0)->track->output();
+    send({turned(knob, 127)});
+    EXPECT_EQ(own->param(0), 1.0f);
+    press(surfaceBankUp);
+    send({turned(knob, 0)});
+    EXPECT_EQ(own->param(1), 0.0f);
+    press(surfaceBankDown);
+    press(surfaceBankDown);
+    send({turned(knob, 0)});
+    EXPECT_EQ(own->param(0), 0.0f);
+    press(surfaceNextPage);
+    EXPECT_EQ(pages(), std::pair(1, 1));
+    press(surfaceNextPage);
+    EXPECT_EQ(pages(), std::pair(2, 1)) << "the last of each stays";
+    press(surfacePageDown);
+    EXPECT_EQ(pages(), std::pair(1, 1));
+    press(surfacePriorPage);
+    EXPECT_EQ(pages(), std::pair(0, 0));
+    press(surfacePageUp);
+    EXPECT_EQ(pages(), std::pair(1, 0));
+    send({asData(midiProgram, 77, 0)});
+    EXPECT_EQ(surface().def.groups[surfaceProgram].ctrls[0].val, 77);
+    press(surfaceStore);
+    EXPECT_EQ(surface().def.groups[surfaceStore].ctrls[0].val, 0) << "shown, and nothing else";
+    EXPECT_EQ(pages(), std::pair(1, 0));
+}
+
+/// Pictures come from PNG files, as they are; from nothing else.
+TEST(SurfaceDef, TakesPictures) {
+    const TempFolder folder;
+    std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\1\2\0\0\0\7", 24);
+    const SurfaceImage cut = loadTexture(folder.write("cut.png", png));
+    EXPECT_TRUE(cut.png.empty());
+    png += "more of it";
+    const SurfaceImage image = loadTexture(folder.write("knob.png", png));
+    EXPECT_EQ(image.name, "knob.png");
+    EXPECT_EQ(std::string(image.png.begin(), image.png.end()), png);
+    EXPECT_EQ(std::pair(image.width, image.height), std::pair(258, 7));
+    png[1] = 'Q';
+    EXPECT_TRUE(loadTexture(folder.write("other.png", png)).png.empty());
+    EXPECT_TRUE(loadTexture("/nowhere.png").png.empty());
 }
 
 /// What a parameter becomes by others is sent to the control that shows it, but not while a hand is
