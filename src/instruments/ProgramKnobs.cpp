@@ -48,7 +48,7 @@ bool follows(CSynthProg& prog, int controller) {
 
 void mapControllers(COSCSound& s) {
     s.ccMap[brightness] = brightnessOf(s);
-    if (!onlyCleans(s)) s.ccMap[resonance] = targetQ;
+    s.ccMap[resonance] = targetQ;
     s.ccMap[timbre] = targetPhaseMod;
     s.ccMap[spread] = targetDetune;
     s.ccMap[grain] = s.phaseMod > 0.0f ? targetFeed2 : targetFeed1;

@@ -392,7 +392,8 @@ std::string Exporter::fileOf(CSample* sample) {
 DawClip Exporter::clipOf(const CAudioEvent* event, int songTick) {
     DawClip clip;
     CSample* sample = event->sample;
-    const std::string file = sample ? fileOf(sample) : "";
+    if (!sample) return clip;
+    const std::string file = fileOf(sample);
     if (file.empty()) return clip;
     DawAudio a;
     a.file = file;

@@ -4,6 +4,7 @@
 #include "tools/soundtable/SoundProbe.h"
 
 #include <numbers>
+#include <set>
 
 namespace {
 
@@ -122,8 +123,8 @@ TEST(FactoryPrograms, KeepTheFiguresOfTheirTable) {
     }
 }
 
-/// The wheel, pressure, brightness and the knobs of each program change what is heard; a wheel at
-/// rest, which keyboards send without being asked, does not.
+/// The wheel, pressure, brightness, resonance and the knobs of each program change what is heard; a
+/// wheel at rest, which keyboards send without being asked, does not. The pedal holds.
 TEST(FactoryPrograms, FollowTheirControllers) {
     TestHost host(block);
     const GraphMark mark(host.host);
@@ -134,8 +135,11 @@ TEST(FactoryPrograms, FollowTheirControllers) {
         };
         const Take plain = play(host, p, {60}, 0.3, 0.35);
         EXPECT_EQ(with(1, 0).left, plain.left);
-        for (int controller : {1, 74})
+        for (int controller : {1, 71, 74})
             EXPECT_NE(with(controller, 50).left, plain.left) << controller;
+        const Take held = play(host, p, {60}, 0.1, 1.1, 100, asData(midiController, 64, 127));
+        const Take kept = play(host, p, {60}, 1.2, 1.1);
+        EXPECT_TRUE(held.left == kept.left) << "the pedal holds as the key does";
         const auto pressed = [&](int value) {
             return play(host, p, {60}, 0.3, 0.35, 100, asData(midiPressure, value, 0));
         };
@@ -149,6 +153,24 @@ TEST(FactoryPrograms, FollowTheirControllers) {
                                with(m.controller, 127).left != plain.left;
             EXPECT_TRUE(moves) << m.name.asChar();
         }
+    }
+}
+
+/// What is not plucked or struck begins without a click: no step of the first samples is a seventh
+/// of the peak.
+TEST(FactoryPrograms, BeginSoftly) {
+    TestHost host(block);
+    const std::set<std::string> struck = {"80's Bass", "Digital pluck", "Digital", "Klang",
+                                          "Arpeggio"};
+    for (int p = 0; p < factoryCount; p++) {
+        const Take t = play(host, p, {60}, 0.3, 0.35);
+        float last = 0.0f, step = 0.0f;
+        for (size_t i = 0; i < 4; i++) {
+            step = std::max(step, std::fabs(t.left[i] - last));
+            last = t.left[i];
+        }
+        if (struck.contains(factoryName(p))) continue;
+        EXPECT_LT(double(step), t.peak(0, 0.3) / 7) << factoryName(p);
     }
 }
 
