@@ -163,13 +163,13 @@ TEST(FactoryPrograms, BeginSoftly) {
     const std::set<std::string> struck = {"80's Bass", "Digital pluck", "Digital", "Klang",
                                           "Arpeggio"};
     for (int p = 0; p < factoryCount; p++) {
+        if (struck.contains(factoryName(p))) continue;
         const Take t = play(host, p, {60}, 0.3, 0.35);
         float last = 0.0f, step = 0.0f;
         for (size_t i = 0; i < 4; i++) {
             step = std::max(step, std::fabs(t.left[i] - last));
             last = t.left[i];
         }
-        if (struck.contains(factoryName(p))) continue;
         EXPECT_LT(double(step), t.peak(0, 0.3) / 7) << factoryName(p);
     }
 }
